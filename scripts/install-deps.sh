@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages Quillstash builds, runs and is tested with,
+# but only those that are missing, so that a second run costs nothing.
+set -euo pipefail
+
+packages=(
+  g++ cmake make pkg-config
+  qt6-base-dev qt6-image-formats-plugins qt6-qpa-plugins
+  libxcb1-dev libxcb-xfixes0-dev libxcb-keysyms1-dev libx11-dev libxtst-dev
+  libcanberra-dev libplist-dev
+  googletest libgtest-dev
+  xvfb xauth xclip xdotool dbus x11-utils x11-xserver-utils imagemagick fonts-dejavu-core
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=()
+[ "$(id -u)" -eq 0 ] || sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

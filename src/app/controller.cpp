@@ -1,0 +1,160 @@
+#include "app/controller.h"
+
+#include "history/captureloop.h"
+#include "history/historyactions.h"
+#include "history/historylist.h"
+#include "recording/eventtimer.h"
+#include "recording/notices.h"
+#include "recording/recordingswitch.h"
+#include "settings/applicationregistries.h"
+
+#include <QTimer>
+
+namespace {
+Controller *gController = nullptr;
+}
+
+Controller::Controller(const PlatformServices &services, ApplicationRegistries &registries, QObject *parent)
+    : QObject(parent)
+    , m_services(services)
+    , m_registries(registries)
+    , m_nsac(new HistoryList(this))
+    , m_notices(std::make_unique<Notices>(services.noticeService, services.clock, services.dock, registries))
+    , m_eventTimer(std::make_unique<EventTimer>(services.soundPlayer, [this] { return useSound(); }))
+    , m_recording(new RecordingSwitch(registries, *m_notices, *m_eventTimer, this))
+    , m_capture(new CaptureLoop(*m_nsac, services.pasteboard, registries, services.dock, *m_notices,
+                                *m_eventTimer, *m_recording, services.imageFetcher, this))
+    , m_actions(new HistoryActions(*m_nsac, services.pasteboard, *m_capture, *m_notices, *m_eventTimer,
+                                   *m_recording, services.workspace, this))
+{
+    gController = this;
+    connect(m_capture, &CaptureLoop::scrollBottomRequested, m_actions, &HistoryActions::scrollBottom);
+}
+
+Controller::~Controller()
+{
+    if (mTimer)
+        mTimer->stop();
+    // Sound threads ask this controller whether to play; let them finish first.
+    m_eventTimer->waitForIdle();
+    if (gController == this)
+        gController = nullptr;
+}
+
+Controller *Controller::controller()
+{
+    return gController;
+}
+
+void Controller::applicationDidFinishLaunching()
+{
+    setStatusString(QStringLiteral("Idle"));
+    m_recording->setAutomaticRec(m_registries.isRecAtStartup());
+    m_capture->setCounter(0);
+    m_capture->setEStatus(0);
+    mTimer = new QTimer(this);
+    mTimer->setInterval(CaptureLoop::tickIntervalMs);
+    connect(mTimer, &QTimer::timeout, this, &Controller::MainTimer);
+    mTimer->start();
+    m_notices->setUp();
+}
+
+void Controller::MainTimer()
+{
+    m_capture->MainTimer();
+}
+
+void Controller::addPasteboard()
+{
+    m_capture->addPasteboard();
+}
+
+void Controller::setGeneralPasteboard(const Entry &entry)
+{
+    m_actions->setGeneralPasteboard(entry);
+}
+
+void Controller::changePasteBoard(QObject *)
+{
+    m_actions->changePasteBoard();
+}
+
+void Controller::copy(QObject *)
+{
+    m_actions->copy();
+}
+
+void Controller::cut(QObject *)
+{
+    m_actions->cut();
+}
+
+void Controller::paste(QObject *)
+{
+    m_actions->paste();
+}
+
+void Controller::stock(QObject *)
+{
+    m_actions->stock();
+}
+
+void Controller::removeObject(QObject *)
+{
+    m_actions->removeObject();
+}
+
+void Controller::removeAllObject(QObject *)
+{
+    m_actions->removeAllObject();
+}
+
+void Controller::onDoubleClickTable(QObject *)
+{
+    m_actions->onDoubleClickTable();
+}
+
+void Controller::scrollTop()
+{
+    m_actions->scrollTop();
+}
+
+void Controller::scrollBottom()
+{
+    m_actions->scrollBottom();
+}
+
+bool Controller::IsClean() const
+{
+    return m_actions->IsClean();
+}
+
+QString Controller::statusString() const
+{
+    return m_actions->statusString();
+}
+
+void Controller::setStatusString(const QString &status)
+{
+    m_actions->setStatusString(status);
+}
+
+void Controller::messageGrowl(const QString &title, const QString &desc, const QString &notify)
+{
+    m_notices->messageGrowl(title, desc, notify);
+}
+
+bool Controller::useSound() const
+{
+    return m_registries.isSoundEnable();
+}
+
+void Controller::doAutoRec()
+{
+    m_recording->doAutoRec();
+}
+
+void Controller::cancelAutoRec()
+{
+    m_recording->cancelAutoRec();
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "app/platformservices.h"
+#include "history/contents.h"
+
+#include <QObject>
+
+#include <memory>
+
+class ApplicationRegistries;
+class CaptureLoop;
+class EventTimer;
+class HistoryActions;
+class HistoryList;
+class Notices;
+class QTimer;
+class RecordingSwitch;
+
+// The application's one controller. The commands of menus, hot keys and the
+// history table are its methods; each forwards to the object of the folder
+// that owns the behaviour, so that this class stays wiring.
+class Controller : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The store must outlive the controller; the application object owns it.
+    Controller(const PlatformServices &services, ApplicationRegistries &registries, QObject *parent = nullptr);
+    ~Controller() override;
+
+    // The most recently created controller, or null.
+    static Controller *controller();
+
+    // What the program does once it has finished launching: status text,
+    // recording from the preference, notices, and the one-second tick.
+    void applicationDidFinishLaunching();
+
+    void MainTimer();
+    void addPasteboard();
+    void setGeneralPasteboard(const Entry &entry);
+    void changePasteBoard(QObject *sender = nullptr);
+    void copy(QObject *sender = nullptr);
+    void cut(QObject *sender = nullptr);
+    void paste(QObject *sender = nullptr);
+    void stock(QObject *sender = nullptr);
+    void removeObject(QObject *sender = nullptr);
+    void removeAllObject(QObject *sender = nullptr);
+    void onDoubleClickTable(QObject *sender = nullptr);
+    void scrollTop();
+    void scrollBottom();
+    bool IsClean() const;
+    QString statusString() const;
+    void setStatusString(const QString &status);
+    void messageGrowl(const QString &title, const QString &desc, const QString &notify);
+    bool useSound() const;
+    void doAutoRec();
+    void cancelAutoRec();
+
+    HistoryList &nsac() const { return *m_nsac; }
+    CaptureLoop &capture() const { return *m_capture; }
+    RecordingSwitch &recording() const { return *m_recording; }
+    EventTimer &eventTimer() const { return *m_eventTimer; }
+    Notices &notices() const { return *m_notices; }
+    ApplicationRegistries &registries() const { return m_registries; }
+
+private:
+    PlatformServices m_services;
+    ApplicationRegistries &m_registries;
+    HistoryList *m_nsac;
+    std::unique_ptr<Notices> m_notices;
+    std::unique_ptr<EventTimer> m_eventTimer;
+    RecordingSwitch *m_recording;
+    CaptureLoop *m_capture;
+    HistoryActions *m_actions;
+    QTimer *mTimer = nullptr;
+};

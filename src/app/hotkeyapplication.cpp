@@ -1,0 +1,74 @@
+#include "app/hotkeyapplication.h"
+
+#include "app/desktopplatform.h"
+#include "platform/userdefaults.h"
+#include "settings/applicationregistries.h"
+
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+int quitSignalFds[2] = {-1, -1};
+
+void onQuitSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(quitSignalFds[0], &byte, 1);
+}
+
+} // namespace
+
+HotKeyApplication::HotKeyApplication(int &argc, char **argv)
+    : QApplication(argc, argv)
+{
+    setOrganizationName(QStringLiteral("Quillstash"));
+    setApplicationName(QStringLiteral("Quillstash"));
+    setApplicationVersion(QStringLiteral(QUILLSTASH_VERSION));
+    setDesktopFileName(QStringLiteral("quillstash"));
+    // The program lives in the tray; closing its windows does not end it.
+    setQuitOnLastWindowClosed(false);
+
+    m_platform = std::make_unique<DesktopPlatform>();
+    const PlatformServices services = m_platform->services();
+    m_registries = std::make_unique<ApplicationRegistries>(services.defaults, services.loginItems, services.appURL);
+
+    connect(this, &QCoreApplication::aboutToQuit, this, &HotKeyApplication::terminate);
+    watchQuitSignals();
+}
+
+HotKeyApplication::~HotKeyApplication() = default;
+
+void HotKeyApplication::terminate()
+{
+    if (m_terminated)
+        return;
+    m_terminated = true;
+    m_registries->writeRegistry();
+    m_platform->services().defaults.synchronize();
+    quit();
+}
+
+// SIGINT and SIGTERM (Ctrl+C in a terminal, the session ending) quit through
+// the event loop, so that the preferences are written as on any other quit.
+void HotKeyApplication::watchQuitSignals()
+{
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, quitSignalFds) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(quitSignalFds[1], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+        char byte;
+        [[maybe_unused]] const auto got = ::read(quitSignalFds[1], &byte, 1);
+        notifier->setEnabled(false);
+        terminate();
+    });
+    struct sigaction action = {};
+    action.sa_handler = onQuitSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QUrl>
+
+class Clock;
+class Dock;
+class ImageFetcher;
+class LoginItems;
+class NoticeService;
+class Pasteboard;
+class SoundPlayer;
+class UserDefaults;
+class Workspace;
+
+// The desktop services the program runs with, handed to the controller: the
+// real ones in the running program, fakes in unit tests.
+struct PlatformServices
+{
+    Pasteboard &pasteboard;
+    UserDefaults &defaults;
+    LoginItems &loginItems;
+    NoticeService &noticeService;
+    SoundPlayer &soundPlayer;
+    Dock &dock;
+    Clock &clock;
+    Workspace &workspace;
+    ImageFetcher *imageFetcher = nullptr;
+    QUrl appURL;
+};

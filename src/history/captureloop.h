@@ -1,0 +1,89 @@
+#pragma once
+
+#include "history/contents.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+class ApplicationRegistries;
+class Dock;
+class EventTimer;
+class HistoryList;
+class ImageFetcher;
+class Notices;
+class Pasteboard;
+class RecordingSwitch;
+
+// The one-second tick and the capture of the pasteboard into the history.
+// MainTimer() does one whole tick; the running program calls it from a
+// repeating timer, tests call it directly.
+class CaptureLoop : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int tickIntervalMs = 1000;
+    static inline const QString ignoreType = QStringLiteral("quillstash.ignore");
+
+    CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
+                Dock &dock, Notices &notices, EventTimer &eventTimer,
+                RecordingSwitch &recording, ImageFetcher *fetcher, QObject *parent = nullptr);
+
+    void MainTimer();
+    // Captures the pasteboard now, unless it holds the program's own write
+    // (or a state marked secret) and no manual capture is running.
+    void addPasteboard();
+    // A new entry built from the pasteboard's current state, or null when it
+    // lists no types.
+    Entry NewPasteBoardContents();
+    void setCurrentPasteboardToView(int n);
+    // Orders entries by the number in their indexCount (text that is not a
+    // number counts as 0).
+    static int intSort(const contents &a, const contents &b);
+
+    qint32 getCounter() const { return counter; }
+    void setCounter(qint32 value) { counter = value; }
+    bool manualAdd() const { return mbManualAdd; }
+    void setManualAdd(bool on) { mbManualAdd = on; }
+    qint32 eStatus() const { return m_eStatus; }
+    void setEStatus(qint32 status) { m_eStatus = status; }
+    const QString &myPath() const { return m_myPath; }
+    void setMyPath(const QString &path) { m_myPath = path; }
+    const Entry &currentContent() const { return m_currentContent; }
+    const QString &title() const { return m_title; }
+    bool isPaused() const { return m_paused; }
+    // While paused (a modal preferences window is open) MainTimer() does nothing.
+    void setPaused(bool paused) { m_paused = paused; }
+
+Q_SIGNALS:
+    void entryCountShown(int n);
+    void titleChanged(const QString &title, bool documentDirty);
+    void typesSourceChanged(const QStringList &types);
+    void currentContentChanged(const Entry &entry);
+    void scrollBottomRequested();
+
+private:
+    bool isOwnOrSecretWrite(const QStringList &types) const;
+    void showCurrent(int n);
+
+    HistoryList &m_nsac;
+    Pasteboard &m_pasteboard;
+    ApplicationRegistries &m_registries;
+    Dock &m_dock;
+    Notices &m_notices;
+    EventTimer &m_eventTimer;
+    RecordingSwitch &m_recording;
+    ImageFetcher *m_fetcher;
+
+    qint32 counter = 0;
+    qint32 lastChangeCount = -1;
+    qint32 nsac_count = 0;
+    qint32 viewChangeCount = -1;
+    qint32 m_eStatus = 0;
+    bool mbManualAdd = false;
+    bool m_paused = false;
+    QString m_myPath;
+    QString m_title;
+    Entry m_currentContent;
+};

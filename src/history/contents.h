@@ -1,0 +1,105 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFont>
+#include <QHash>
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class ImageFetcher;
+
+// One captured pasteboard state: every type with its raw data, plus what the
+// interface needs to show it. Entries are shared (std::shared_ptr) between the
+// history list, the views and the file writer.
+//
+// No bitmap is kept per entry: the entry keeps what its preview is made of
+// (its display text, its picture's bytes, or the picture loaded from its
+// address) and image() renders the 435 x 80 preview when something shows it.
+class contents : public std::enable_shared_from_this<contents>
+{
+public:
+    using Datas = QHash<QString, QByteArray>;
+
+    static constexpr int previewWidth = 435;
+    static constexpr int previewHeight = 80;
+    static constexpr int contentLimit = 140;
+    static constexpr int maxImageAttempts = 4;
+
+    enum TypeIcon { IconImage = 0, IconUrl = 1, IconText = 2, IconUnknown = 3 };
+
+    contents();
+    contents(const contents &) = delete;
+    contents &operator=(const contents &) = delete;
+
+    const QString &indexCount() const { return _pstrIndexCount; }
+    void setIndexCount(const QString &indexCount) { _pstrIndexCount = indexCount; }
+    const QString &content() const { return _pstrContent; }
+    // Sets the full text and the display string cut from it.
+    void setContent(const QString &text);
+    const QString &contentOrig() const { return _pstrContentOrig; }
+    void setContentOrig(const QString &text) { _pstrContentOrig = text; }
+    const Datas &datas() const { return _pdicDatas; }
+    // Stores the data and chooses the type icon; call after setTypes() and
+    // setContent(), whose results it reads.
+    void setDatas(const Datas &datas);
+    const QStringList &types() const { return _parraytypes; }
+    void setTypes(const QStringList &types) { _parraytypes = types; }
+    const QFont &font() const { return _pfontFont; }
+    void setFont(const QFont &font) { _pfontFont = font; }
+    const QString &mainType() const { return _pstrMainType; }
+    void setMainType(const QString &mainType) { _pstrMainType = mainType; }
+
+    int typeImageIndex() const { return _typeImageIndex; }
+    QImage typeImage() const;
+
+    // The preview, rendered now from what the entry keeps.
+    QImage image() const;
+    // Changes whenever what image() would draw changes; lets a cache of
+    // rendered previews know when its copy is stale.
+    quint64 imageGeneration() const { return _imageGeneration; }
+
+    // One more attempt at a final preview (at most maxImageAttempts). A
+    // picture named by the entry's address is loaded through fetcher, off
+    // the main thread; a null fetcher loads none.
+    void setImageLater(ImageFetcher *fetcher = nullptr);
+    void needUpdateImage();
+    bool isImageSet() const { return bSetImage; }
+    int imageAttempts() const { return iTryingToSetImageNum; }
+
+    bool hasSameDataTo(const contents &other) const;
+
+    static QFont contentsFont();
+    static bool hasContentsFont();
+    static void setContentsFont(const QFont &font);
+    // Forgets the shared font, as at start-up, so that the next preview
+    // build creates it again.
+    static void resetContentsFont();
+    static QImage getTypeImage(int index);
+
+private:
+    void pictureArrived(const QByteArray &encodedPicture);
+    void requestAddressPicture(ImageFetcher *fetcher);
+    void changed();
+    QImage renderPicturePreview() const;
+    QImage renderCanvasPreview() const;
+
+    QString _pstrIndexCount;
+    QString _pstrContent;
+    QString _pstrContentOrig;
+    Datas _pdicDatas;
+    QStringList _parraytypes;
+    QFont _pfontFont;
+    QString _pstrMainType;
+    int _typeImageIndex = -1;
+    bool _showsPicture = false; // the preview is the entry's own "public.tiff" picture
+    QByteArray _addressPicture; // encoded picture loaded from the entry's address
+    bool _fetchPending = false;
+    quint64 _imageGeneration = 0;
+    bool bSetImage = false;
+    qint32 iTryingToSetImageNum = 0;
+};
+
+using Entry = std::shared_ptr<contents>;

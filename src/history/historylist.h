@@ -1,0 +1,54 @@
+#pragma once
+
+#include "history/contents.h"
+
+#include <QAbstractListModel>
+#include <QList>
+
+// The history list: every entry in capture order, the arranged entries (those
+// that pass the search filter, in the same order) and the selection among the
+// arranged entries. Model rows are the arranged entries.
+class HistoryList : public QAbstractListModel
+{
+    Q_OBJECT
+
+public:
+    enum Role { EntryRole = Qt::UserRole + 1, IndexCountRole, TypeIconRole };
+
+    explicit HistoryList(QObject *parent = nullptr);
+
+    const QList<Entry> &allObjects() const { return m_all; }
+    const QList<Entry> &arrangedObjects() const { return m_arranged; }
+    qsizetype arrangedCount() const { return m_arranged.size(); }
+
+    void addObject(const Entry &entry);
+    void removeObject(const Entry &entry);
+    void removeObjectsAtArrangedObjectIndexes(qsizetype first, qsizetype count);
+    // Replaces the whole content (opening a backup file).
+    void setContent(const QList<Entry> &entries);
+
+    // Entries pass when their contentOrig contains the text, ignoring case.
+    // An empty text shows every entry.
+    void setFilterString(const QString &text);
+    const QString &filterString() const { return m_filter; }
+
+    QList<Entry> selectedObjects() const;
+    // Rows of arranged entries; rows out of range are ignored.
+    void setSelectionIndexes(const QList<int> &rows);
+    QList<int> selectionIndexes() const;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+
+Q_SIGNALS:
+    void selectionChanged();
+
+private:
+    bool passes(const contents &entry) const;
+    void rearrange();
+
+    QList<Entry> m_all;
+    QList<Entry> m_arranged;
+    QList<Entry> m_selected;
+    QString m_filter;
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QtGlobal>
+
+class Clock
+{
+public:
+    virtual ~Clock() = default;
+
+    // Milliseconds of the wall-clock time of day (seconds * 1000 plus
+    // microseconds / 1000), cut to 32 bits: it wraps, so only differences
+    // taken as unsigned 32-bit numbers are meaningful.
+    virtual quint32 GetTickCount() const = 0;
+};

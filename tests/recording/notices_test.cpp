@@ -1,0 +1,131 @@
+#include "platform/fake/fakeclock.h"
+#include "platform/fake/fakedock.h"
+#include "platform/fake/fakeloginitems.h"
+#include "platform/fake/fakenoticeservice.h"
+#include "platform/fake/fakeuserdefaults.h"
+#include "recording/notices.h"
+#include "settings/applicationregistries.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+class NoticesTest : public ::testing::Test
+{
+protected:
+    NoticesTest()
+    {
+        notices.setUp();
+    }
+
+    FakeUserDefaults defaults;
+    FakeLoginItems loginItems;
+    ApplicationRegistries registries{defaults, loginItems, QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))};
+    FakeNoticeService service;
+    FakeClock clock;
+    FakeDock dock;
+    Notices notices{service, clock, dock, registries};
+};
+
+struct RepeatCase
+{
+    const char *name;
+    quint32 gapMs;
+    const char *secondTitle;
+    int expectedSent;
+};
+
+class NoticeRepeatTest : public NoticesTest, public ::testing::WithParamInterface<RepeatCase>
+{
+};
+
+TEST_P(NoticeRepeatTest, sameTitleWithinASecondIsDropped)
+{
+    const RepeatCase c = GetParam();
+    notices.messageGrowl(QStringLiteral("Add to Table"), QStringLiteral("one"), Notices::AddPasteboardNotification);
+    clock.advance(c.gapMs);
+    notices.messageGrowl(QString::fromLatin1(c.secondTitle), QStringLiteral("two"), Notices::AddPasteboardNotification);
+    EXPECT_EQ(service.sent().size(), c.expectedSent);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Gaps, NoticeRepeatTest,
+    ::testing::Values(RepeatCase{"sameTitle999ms", 999, "Add to Table", 1},
+                      RepeatCase{"sameTitle1000ms", 1000, "Add to Table", 2},
+                      RepeatCase{"sameTitleAtOnce", 0, "Add to Table", 1},
+                      RepeatCase{"otherTitleAtOnce", 0, "Remove from Table", 2},
+                      RepeatCase{"titleDiffersOnlyInCase", 1, "add to table", 2}),
+    [](const auto &info) { return std::string(info.param.name); });
+
+TEST_F(NoticesTest, sendsTitleDescriptionNameAndPriorityUnsticky)
+{
+    notices.messageGrowl(QStringLiteral("Change Pasteboard"), QStringLiteral("hello"),
+                         Notices::ChangePasteboardNotification);
+    ASSERT_EQ(service.sent().size(), 1);
+    const auto &n = service.sent().first();
+    EXPECT_EQ(n.title, QStringLiteral("Change Pasteboard"));
+    EXPECT_EQ(n.description, QStringLiteral("hello"));
+    EXPECT_EQ(n.notificationName, QStringLiteral("ChangePasteboardNotification"));
+    EXPECT_EQ(n.priority, 2);
+    EXPECT_FALSE(n.sticky);
+}
+
+TEST_F(NoticesTest, repeatWindowIsMeasuredFromTheLastNoticeSentAcrossTheClockWrap)
+{
+    clock.set(0xFFFFFF00u);
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    clock.advance(0x200); // wraps past zero: 512 ms later
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    clock.advance(600); // 1112 ms after the one that was sent
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    EXPECT_EQ(service.sent().size(), 2);
+}
+
+TEST_F(NoticesTest, droppedRepeatStillBouncesTheDockIcon)
+{
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    EXPECT_EQ(service.sent().size(), 1);
+    EXPECT_EQ(dock.attentionRequests(), 2);
+
+    registries.setIconBounce(false);
+    clock.advance(5000);
+    notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
+    EXPECT_EQ(dock.attentionRequests(), 2);
+    EXPECT_EQ(service.sent().size(), 2);
+}
+
+TEST(NoticesWithoutService, sayOnceThatNoticesAreUnavailableAndStillBounce)
+{
+    FakeUserDefaults defaults;
+    FakeLoginItems loginItems;
+    ApplicationRegistries registries{defaults, loginItems, QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))};
+    FakeNoticeService service;
+    service.setAvailable(false);
+    FakeClock clock;
+    FakeDock dock;
+    Notices notices{service, clock, dock, registries};
+
+    char buffer[4096] = {};
+    std::fflush(stderr);
+    FILE *captured = std::tmpfile();
+    const int saved = dup(fileno(stderr));
+    dup2(fileno(captured), fileno(stderr));
+    notices.setUp();
+    notices.messageGrowl(QStringLiteral("Add to Table"), QStringLiteral("x"), Notices::AddPasteboardNotification);
+    std::fflush(stderr);
+    dup2(saved, fileno(stderr));
+    close(saved);
+    std::rewind(captured);
+    const size_t got = std::fread(buffer, 1, sizeof buffer - 1, captured);
+    std::fclose(captured);
+
+    EXPECT_EQ(std::string(buffer, got), "Could not load Growl.framework\n");
+    EXPECT_TRUE(service.sent().isEmpty());
+    EXPECT_EQ(dock.attentionRequests(), 1);
+}
+
+} // namespace
