@@ -8,7 +8,7 @@ packages=(
   qt6-base-dev qt6-image-formats-plugins qt6-qpa-plugins
   libxcb1-dev libxcb-xfixes0-dev libxcb-keysyms1-dev libx11-dev libxtst-dev
   libcanberra-dev libplist-dev
-  googletest libgtest-dev
+  googletest libgtest-dev libbenchmark-dev
   xvfb xauth xclip xdotool dbus x11-utils x11-xserver-utils imagemagick fonts-dejavu-core
 )
 

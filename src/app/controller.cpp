@@ -54,6 +54,10 @@ void Controller::applicationDidFinishLaunching()
     m_capture->setEStatus(0);
     mTimer = new QTimer(this);
     mTimer->setInterval(CaptureLoop::tickIntervalMs);
+    // A coarse timer may fire a few milliseconds early; two captures on
+    // consecutive ticks would then fall inside the one-second repeat filter of
+    // the notices and the second "Add to Table" would be dropped.
+    mTimer->setTimerType(Qt::PreciseTimer);
     connect(mTimer, &QTimer::timeout, this, &Controller::MainTimer);
     mTimer->start();
     m_notices->setUp();

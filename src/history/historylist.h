@@ -23,6 +23,8 @@ public:
 
     void addObject(const Entry &entry);
     void removeObject(const Entry &entry);
+    // Removes many entries in one pass (trimming a long history).
+    void removeObjects(const QList<Entry> &entries);
     void removeObjectsAtArrangedObjectIndexes(qsizetype first, qsizetype count);
     // Replaces the whole content (opening a backup file).
     void setContent(const QList<Entry> &entries);
@@ -45,6 +47,8 @@ Q_SIGNALS:
 
 private:
     bool passes(const contents &entry) const;
+    template<typename Pred>
+    void removeArrangedIf(Pred isGone);
     void rearrange();
 
     QList<Entry> m_all;

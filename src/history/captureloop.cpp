@@ -1,0 +1,251 @@
+#include "history/captureloop.h"
+
+#include "history/historylist.h"
+#include "platform/dock.h"
+#include "platform/pasteboard.h"
+#include "recording/eventtimer.h"
+#include "recording/notices.h"
+#include "recording/recordingswitch.h"
+#include "settings/applicationregistries.h"
+
+#include <QDateTime>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <climits>
+#include <exception>
+
+// Both are off by default; the desktop tests switch them on and read them.
+Q_LOGGING_CATEGORY(lcCapture, "quillstash.capture", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcTick, "quillstash.tick", QtInfoMsg)
+
+namespace {
+
+const QString stringType = QStringLiteral("NSStringPboardType");
+const QString concealedType = QStringLiteral("org.nspasteboard.ConcealedType");
+const QString passwordHintType = QStringLiteral("x-kde-passwordManagerHint");
+const QByteArray passwordHintSecret = QByteArrayLiteral("secret");
+const QString untitledTitle = QStringLiteral("Untitled.qs_backup");
+
+// The number a text starts with, as the history has always read its sequence
+// numbers: leading blanks skipped, digits up to the first other character,
+// clamped to the int range; no number at all reads as 0.
+int intValue(const QString &text)
+{
+    qsizetype i = 0;
+    while (i < text.size() && text.at(i).isSpace())
+        ++i;
+    bool negative = false;
+    if (i < text.size() && (text.at(i) == u'-' || text.at(i) == u'+')) {
+        negative = text.at(i) == u'-';
+        ++i;
+    }
+    qint64 value = 0;
+    for (; i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9'; ++i) {
+        value = value * 10 + (text.at(i).unicode() - u'0');
+        if (value > qint64(INT_MAX) + 1)
+            break;
+    }
+    if (negative)
+        value = -value;
+    return int(std::clamp<qint64>(value, INT_MIN, INT_MAX));
+}
+
+QString lastPathComponent(QString path)
+{
+    while (path.size() > 1 && path.endsWith(u'/'))
+        path.chop(1);
+    const qsizetype slash = path.lastIndexOf(u'/');
+    if (slash < 0 || path.size() == 1)
+        return path;
+    return path.mid(slash + 1);
+}
+
+} // namespace
+
+CaptureLoop::CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
+                         Dock &dock, Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
+                         ImageFetcher *fetcher, QObject *parent)
+    : QObject(parent)
+    , m_nsac(nsac)
+    , m_pasteboard(pasteboard)
+    , m_registries(registries)
+    , m_dock(dock)
+    , m_notices(notices)
+    , m_eventTimer(eventTimer)
+    , m_recording(recording)
+    , m_fetcher(fetcher)
+{
+}
+
+void CaptureLoop::MainTimer()
+{
+    if (m_paused)
+        return;
+    qCDebug(lcTick, "tick %lld", static_cast<long long>(QDateTime::currentMSecsSinceEpoch()));
+
+    m_recording.checkAutoRecStatus();
+    m_recording.updateOnOffSign();
+
+    const int n = int(m_nsac.arrangedCount());
+    Q_EMIT entryCountShown(n);
+
+    try {
+        QString title = m_myPath.isEmpty() ? untitledTitle : lastPathComponent(m_myPath);
+        if (m_eStatus != 0)
+            title += u'*';
+        m_title = title;
+        Q_EMIT titleChanged(m_title, m_eStatus != 0);
+
+        const qint32 m = qint32(m_nsac.arrangedCount());
+        if (m != nsac_count) {
+            nsac_count = m;
+            m_eStatus = 1;
+        }
+
+        if (m_registries.isAutoRemove()) {
+            qsizetype c = m_nsac.arrangedCount();
+            if (c > m_registries.limitNumber()) {
+                // One stable sort in intSort's order serves every removal of
+                // this tick: nothing else changes the list meanwhile, so its
+                // first entries are the first smallest in turn. The numbers
+                // are read once rather than at every comparison, and the
+                // entries go in one pass, so that a limit lowered under a
+                // long history does not stall the tick.
+                QList<std::pair<int, Entry>> oldestFirst;
+                oldestFirst.reserve(c);
+                for (const Entry &entry : m_nsac.arrangedObjects())
+                    oldestFirst.append({intValue(entry->indexCount()), entry});
+                std::stable_sort(oldestFirst.begin(), oldestFirst.end(),
+                                 [](const auto &a, const auto &b) { return a.first < b.first; });
+                QList<Entry> removed;
+                for (auto oldest = oldestFirst.cbegin();
+                     c > m_registries.limitNumber() && oldest != oldestFirst.cend(); ++oldest, --c)
+                    removed.append(oldest->second);
+                m_nsac.removeObjects(removed);
+            }
+        }
+
+        if (m_recording.automaticRec()) {
+            const int changeCount = m_pasteboard.changeCount();
+            if (changeCount != lastChangeCount) {
+                addPasteboard();
+                lastChangeCount = changeCount;
+            }
+        }
+
+        for (const Entry &entry : m_nsac.arrangedObjects())
+            entry->setImageLater(m_fetcher);
+
+        if (n > 0) {
+            const QList<Entry> selected = m_nsac.selectedObjects();
+            if (!selected.isEmpty())
+                Q_EMIT typesSourceChanged(selected.first()->types());
+        }
+    } catch (const std::exception &) {
+        qWarning("exception catched");
+    }
+
+    if (n > 0 && !m_dock.isActive())
+        m_dock.setBadgeLabel(QString::number(n));
+    else
+        m_dock.setBadgeLabel(QString());
+
+    setCurrentPasteboardToView(n);
+}
+
+bool CaptureLoop::isOwnOrSecretWrite(const QStringList &types) const
+{
+    if (types.contains(ignoreType) || types.contains(concealedType))
+        return true;
+    return types.contains(passwordHintType) && m_pasteboard.dataForType(passwordHintType) == passwordHintSecret;
+}
+
+void CaptureLoop::addPasteboard()
+{
+    const QStringList types = m_pasteboard.types();
+    if (types.isEmpty())
+        return;
+    if (!mbManualAdd && isOwnOrSecretWrite(types))
+        return;
+
+    const Entry entry = NewPasteBoardContents();
+    if (entry) {
+        m_nsac.addObject(entry);
+        ++counter;
+        qCDebug(lcCapture, "captured %s types: %s", qUtf8Printable(entry->indexCount()),
+                qUtf8Printable(entry->types().join(QStringLiteral(", "))));
+    }
+    m_eventTimer.setSoundName(QStringLiteral("Pop"));
+    m_notices.messageGrowl(QStringLiteral("Add to Table"), entry ? entry->content() : QString(),
+                           Notices::AddPasteboardNotification);
+    Q_EMIT scrollBottomRequested();
+}
+
+Entry CaptureLoop::NewPasteBoardContents()
+{
+    const QStringList firstTypes = m_pasteboard.types();
+    if (firstTypes.isEmpty())
+        return {};
+
+    auto entry = std::make_shared<contents>();
+    entry->setIndexCount(QString::number(counter));
+    if (firstTypes.contains(stringType))
+        entry->setContent(m_pasteboard.stringForType(stringType));
+    else
+        entry->setContent(QStringLiteral("[ ") + firstTypes.first() + QStringLiteral(" ]"));
+    entry->setMainType(firstTypes.first());
+
+    const QStringList types = m_pasteboard.types();
+    contents::Datas datas;
+    for (const QString &type : types) {
+        const QByteArray data = m_pasteboard.dataForType(type);
+        if (!data.isNull())
+            datas.insert(type, data);
+    }
+    entry->setTypes(types);
+    entry->setDatas(datas);
+    return entry;
+}
+
+void CaptureLoop::setCurrentPasteboardToView(int n)
+{
+    if (viewChangeCount < 0) {
+        viewChangeCount = m_pasteboard.changeCount();
+        showCurrent(n);
+    }
+    if (m_pasteboard.changeCount() == viewChangeCount)
+        return;
+    showCurrent(n);
+}
+
+void CaptureLoop::showCurrent(int n)
+{
+    Entry fresh = NewPasteBoardContents();
+    // Once the pasteboard has changed the current state is rebuilt on every
+    // tick. An unchanged state keeps its entry, so that its preview attempts
+    // (and a picture fetched from its address) carry over instead of starting
+    // a new fetch every second.
+    if (fresh && m_currentContent && fresh->indexCount() == m_currentContent->indexCount()
+        && fresh->types() == m_currentContent->types() && fresh->hasSameDataTo(*m_currentContent))
+        fresh = m_currentContent;
+    m_currentContent = fresh;
+
+    if (m_currentContent) {
+        m_currentContent->setImageLater(m_fetcher);
+        Q_EMIT currentContentChanged(m_currentContent);
+    }
+    if (n == 0)
+        Q_EMIT typesSourceChanged(m_currentContent ? m_currentContent->types() : QStringList());
+}
+
+int CaptureLoop::intSort(const contents &a, const contents &b)
+{
+    const int left = intValue(a.indexCount());
+    const int right = intValue(b.indexCount());
+    if (left < right)
+        return -1;
+    if (left > right)
+        return 1;
+    return 0;
+}

@@ -1,0 +1,281 @@
+#include "history/contents.h"
+
+#include "platform/imagefetcher.h"
+
+#include <QBuffer>
+#include <QFontDatabase>
+#include <QImageReader>
+#include <QPainter>
+#include <QUrl>
+
+#include <array>
+#include <atomic>
+#include <optional>
+
+namespace {
+
+const QString stringType = QStringLiteral("NSStringPboardType");
+const QString urlType = QStringLiteral("public.url");
+const QString tiffType = QStringLiteral("public.tiff");
+const QString plainTextType = QStringLiteral("public.utf8-plain-text");
+const QString linkPrefix = QStringLiteral("http://");
+
+constexpr qreal entryFontPointSize = 9.0;
+constexpr qreal contentsFontPointSize = 14.0;
+constexpr qreal addressPictureOpacity = 0.7;
+// A picture far wider than the preview is cut down further, so that one
+// panorama cannot take megabytes in the cache of rendered previews.
+constexpr int maxPictureWidth = contents::previewWidth * 4;
+
+std::optional<QFont> contFont;
+
+// Generations are unique across all entries, so that an entry freed and
+// another allocated at the same address never look alike to a cache.
+std::atomic<quint64> lastGeneration{0};
+
+QFont defaultEntryFont()
+{
+    static const QFont font = [] {
+        QFont f = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+        f.setPointSizeF(entryFontPointSize);
+        return f;
+    }();
+    return font;
+}
+
+void ensureContentsFont()
+{
+    if (contFont)
+        return;
+    QFont font(QStringLiteral("Lucida Grande"));
+    font.setPointSizeF(contentsFontPointSize);
+    contFont = font;
+}
+
+// An address the preview may load a picture from: it must parse strictly and
+// name a scheme, a bare word is not an address.
+std::optional<QUrl> addressOf(const QString &text)
+{
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme().isEmpty())
+        return std::nullopt;
+    return url;
+}
+
+QImage blankCanvas()
+{
+    QImage canvas(contents::previewWidth, contents::previewHeight, QImage::Format_ARGB32_Premultiplied);
+    canvas.fill(Qt::transparent);
+    return canvas;
+}
+
+} // namespace
+
+contents::contents()
+    : _pstrIndexCount(QStringLiteral("zero"))
+    , _pfontFont(defaultEntryFont())
+    , _pstrMainType(QStringLiteral("zero"))
+    , _imageGeneration(++lastGeneration)
+{
+}
+
+void contents::setContent(const QString &text)
+{
+    if (text.size() <= contentLimit)
+        _pstrContent = text;
+    else
+        _pstrContent = text.left(contentLimit) + QStringLiteral(" ...");
+    _pstrContentOrig = text;
+    changed();
+}
+
+void contents::setDatas(const Datas &datas)
+{
+    _pdicDatas = datas;
+
+    int icon = -1;
+    if (_parraytypes.contains(stringType)) {
+        icon = IconText;
+        if (_pstrContent.startsWith(linkPrefix, Qt::CaseSensitive))
+            icon = IconUrl;
+    }
+    if (_parraytypes.contains(urlType))
+        icon = IconUrl;
+    if (_parraytypes.contains(tiffType))
+        icon = IconImage;
+    if (icon < 0)
+        icon = IconUnknown;
+    _typeImageIndex = icon;
+
+    // The first preview is the text canvas; image() draws it when asked.
+    ensureContentsFont();
+    _showsPicture = false;
+    changed();
+}
+
+QImage contents::typeImage() const
+{
+    return _typeImageIndex < 0 ? QImage() : getTypeImage(_typeImageIndex);
+}
+
+QImage contents::image() const
+{
+    return _showsPicture ? renderPicturePreview() : renderCanvasPreview();
+}
+
+QImage contents::renderPicturePreview() const
+{
+    const QByteArray bytes = _pdicDatas.value(tiffType);
+    if (bytes.isEmpty())
+        return {};
+    QBuffer buffer;
+    buffer.setData(bytes);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    if (size.isValid() && size.height() > 0) {
+        QSize scaled(qRound(qreal(size.width()) * previewHeight / size.height()), previewHeight);
+        if (scaled.width() > maxPictureWidth)
+            scaled = size.scaled(maxPictureWidth, previewHeight, Qt::KeepAspectRatio);
+        reader.setScaledSize(scaled.expandedTo(QSize(1, 1)));
+    }
+    return reader.read();
+}
+
+QImage contents::renderCanvasPreview() const
+{
+    QImage canvas = blankCanvas();
+    QPainter painter(&canvas);
+    if (!_addressPicture.isEmpty()) {
+        const QImage picture = QImage::fromData(_addressPicture);
+        if (!picture.isNull() && picture.height() > 0) {
+            const qreal w = picture.width();
+            const qreal h = picture.height();
+            painter.save();
+            painter.setCompositionMode(QPainter::CompositionMode_Source);
+            painter.setOpacity(addressPictureOpacity);
+            painter.setRenderHint(QPainter::SmoothPixmapTransform);
+            painter.drawImage(QRectF(0, 0, w / h * previewHeight, previewHeight), picture, QRectF(0, 0, w, h));
+            painter.restore();
+        }
+    }
+    if (_parraytypes.contains(stringType)) {
+        painter.setFont(contentsFont());
+        painter.setPen(Qt::black);
+        painter.drawText(QRectF(0, 0, previewWidth, previewHeight),
+                         Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, _pstrContent);
+    }
+    painter.end();
+    return canvas;
+}
+
+void contents::setImageLater(ImageFetcher *fetcher)
+{
+    if (bSetImage)
+        return;
+    if (iTryingToSetImageNum >= maxImageAttempts) {
+        bSetImage = true;
+        return;
+    }
+    ++iTryingToSetImageNum;
+
+    if (_parraytypes.contains(tiffType)) {
+        _showsPicture = true;
+        bSetImage = true;
+        changed();
+        return;
+    }
+
+    if (_showsPicture) {
+        _showsPicture = false;
+        changed();
+    }
+    // bSetImage is false here; it turns true only when a picture arrives.
+    if (_parraytypes.contains(urlType) || _parraytypes.contains(plainTextType))
+        requestAddressPicture(fetcher);
+    ensureContentsFont();
+}
+
+void contents::requestAddressPicture(ImageFetcher *fetcher)
+{
+    const std::optional<QUrl> url = addressOf(_pstrContent);
+    if (!url || !fetcher || _fetchPending)
+        return;
+    const std::weak_ptr<contents> self = weak_from_this();
+    if (self.expired())
+        return; // not shared: nobody could receive the answer
+    _fetchPending = fetcher->fetch(*url, [self](const QByteArray &encodedPicture) {
+        if (const std::shared_ptr<contents> entry = self.lock())
+            entry->pictureArrived(encodedPicture);
+    });
+}
+
+void contents::pictureArrived(const QByteArray &encodedPicture)
+{
+    _fetchPending = false;
+    if (bSetImage || encodedPicture.isEmpty())
+        return;
+    QBuffer buffer;
+    buffer.setData(encodedPicture);
+    QImageReader reader(&buffer);
+    if (!reader.canRead() || !reader.size().isValid() || reader.size().height() <= 0)
+        return;
+    _addressPicture = encodedPicture;
+    bSetImage = true;
+    changed();
+}
+
+void contents::needUpdateImage()
+{
+    bSetImage = false;
+    iTryingToSetImageNum = 0;
+    // The font may have changed: whatever was rendered is out of date.
+    changed();
+}
+
+bool contents::hasSameDataTo(const contents &other) const
+{
+    return _pdicDatas == other._pdicDatas;
+}
+
+void contents::changed()
+{
+    _imageGeneration = ++lastGeneration;
+}
+
+QFont contents::contentsFont()
+{
+    return contFont.value_or(QFont());
+}
+
+bool contents::hasContentsFont()
+{
+    return contFont.has_value();
+}
+
+void contents::setContentsFont(const QFont &font)
+{
+    if (contFont)
+        contFont = font;
+}
+
+void contents::resetContentsFont()
+{
+    contFont.reset();
+}
+
+QImage contents::getTypeImage(int index)
+{
+    static const std::array<QString, 4> names = {
+        QStringLiteral(":/icontypes_image"),
+        QStringLiteral(":/icontypes_url"),
+        QStringLiteral(":/icontypes_text"),
+        QStringLiteral(":/icontypes_unknown"),
+    };
+    static std::array<QImage, 4> icon_images;
+    Q_ASSERT(index >= 0 && index < int(icon_images.size()));
+    for (std::size_t i = 0; i < icon_images.size(); ++i) {
+        if (icon_images[i].isNull())
+            icon_images[i] = QImage(names[i]);
+    }
+    return icon_images[std::size_t(index)];
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// One named piece of a pasteboard state: a desktop format with its data on
+// the X11 side, a type of the program's own on the other.
+struct PasteboardItem
+{
+    QString type;
+    QByteArray data;
+
+    friend bool operator==(const PasteboardItem &, const PasteboardItem &) = default;
+};
+
+// Translates between the formats X11 owners offer and the type names the
+// history works with. Pure functions, so that the rules are tested without a
+// display.
+class PasteboardTypes
+{
+public:
+    PasteboardTypes() = delete;
+
+    // The offered targets worth converting, in the owner's order: protocol
+    // targets, Qt's re-encoded images and legacy text aliases are dropped, and
+    // of the UTF-8 text targets only the most trustworthy one is kept, since
+    // they all carry the same text.
+    static QStringList targetsToRead(const QStringList &offered);
+    // The state as the program sees it, from the offered targets and the data
+    // read for them. Targets missing from `read` (timed out, too large) are
+    // left out.
+    static QList<PasteboardItem> itemsFromFormats(const QStringList &offered,
+                                                  const QHash<QString, QByteArray> &read);
+    // The format under which a type of the program's own is offered.
+    static QString formatForType(const QString &type);
+
+    static const QString ownWriteMarker;
+};

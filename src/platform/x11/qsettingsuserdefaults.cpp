@@ -1,0 +1,53 @@
+#include "platform/x11/qsettingsuserdefaults.h"
+
+#include <QLoggingCategory>
+#include <QSettings>
+
+Q_LOGGING_CATEGORY(lcDefaults, "quillstash.defaults", QtWarningMsg)
+
+namespace {
+constexpr auto organisationName = "Quillstash";
+constexpr auto applicationName = "Quillstash";
+} // namespace
+
+QSettingsUserDefaults::QSettingsUserDefaults()
+    // The native format on Linux is INI text in $XDG_CONFIG_HOME/Quillstash/Quillstash.conf
+    // (IniFormat would name the file .ini).
+    : m_settings(std::make_unique<QSettings>(QString::fromLatin1(organisationName),
+                                             QString::fromLatin1(applicationName)))
+{
+}
+
+QSettingsUserDefaults::QSettingsUserDefaults(const QString &filePath)
+    : m_settings(std::make_unique<QSettings>(filePath, QSettings::IniFormat))
+{
+}
+
+QSettingsUserDefaults::~QSettingsUserDefaults() = default;
+
+QVariant QSettingsUserDefaults::objectForKey(const QString &key) const
+{
+    return m_settings->value(key);
+}
+
+void QSettingsUserDefaults::setObject(const QVariant &value, const QString &key)
+{
+    // The defaults system removes a key that is given nil.
+    if (!value.isValid()) {
+        m_settings->remove(key);
+        return;
+    }
+    m_settings->setValue(key, value);
+}
+
+void QSettingsUserDefaults::removeObjectForKey(const QString &key)
+{
+    m_settings->remove(key);
+}
+
+void QSettingsUserDefaults::synchronize()
+{
+    m_settings->sync();
+    if (m_settings->status() != QSettings::NoError)
+        qCWarning(lcDefaults) << "Could not write the preferences to" << m_settings->fileName();
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+// A freedesktop notification server for tests: owns
+// org.freedesktop.Notifications on the given bus and records every Notify call.
+class NotificationServer : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
+public:
+    struct Notice
+    {
+        QString appName;
+        uint replacesId = 0;
+        QString appIcon;
+        QString summary;
+        QString body;
+        QStringList actions;
+        QVariantMap hints;
+        int expireTimeout = 0;
+    };
+
+    explicit NotificationServer(const QDBusConnection &bus = QDBusConnection::sessionBus(),
+                                QObject *parent = nullptr);
+    ~NotificationServer() override;
+
+    // Takes the service name and exports the object; false when the name is taken.
+    bool start();
+    void stop();
+
+    const QList<Notice> &notices() const { return m_notices; }
+    void clear() { m_notices.clear(); }
+    // The capabilities GetCapabilities answers with.
+    void setCapabilities(const QStringList &capabilities) { m_capabilities = capabilities; }
+    // Records calls but leaves them unanswered, as a hung server does.
+    void setAnswering(bool answering) { m_answering = answering; }
+
+public Q_SLOTS:
+    uint Notify(const QString &app_name, uint replaces_id, const QString &app_icon,
+                const QString &summary, const QString &body, const QStringList &actions,
+                const QVariantMap &hints, int expire_timeout);
+    QStringList GetCapabilities();
+    void CloseNotification(uint id);
+    QString GetServerInformation(QString &vendor, QString &version, QString &spec_version);
+
+private:
+    QDBusConnection m_bus;
+    QList<Notice> m_notices;
+    QStringList m_capabilities{QStringLiteral("body"), QStringLiteral("body-markup")};
+    QList<QDBusMessage> m_unanswered;
+    bool m_answering = true;
+    bool m_started = false;
+    uint m_nextId = 1;
+};
