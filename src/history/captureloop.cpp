@@ -2,7 +2,9 @@
 
 #include "history/historylist.h"
 #include "platform/dock.h"
+#include "platform/leadinginteger.h"
 #include "platform/pasteboard.h"
+#include "platform/pasteboardtype.h"
 #include "recording/eventtimer.h"
 #include "recording/notices.h"
 #include "recording/recordingswitch.h"
@@ -21,34 +23,14 @@ Q_LOGGING_CATEGORY(lcTick, "quillstash.tick", QtInfoMsg)
 
 namespace {
 
-const QString stringType = QStringLiteral("NSStringPboardType");
-const QString concealedType = QStringLiteral("org.nspasteboard.ConcealedType");
-const QString passwordHintType = QStringLiteral("x-kde-passwordManagerHint");
 const QByteArray passwordHintSecret = QByteArrayLiteral("secret");
 const QString untitledTitle = QStringLiteral("Untitled.qs_backup");
 
-// The number a text starts with, as the history has always read its sequence
-// numbers: leading blanks skipped, digits up to the first other character,
-// clamped to the int range; no number at all reads as 0.
+// Sequence numbers are compared as the numbers their texts start with; the
+// initial "zero" counts as 0.
 int intValue(const QString &text)
 {
-    qsizetype i = 0;
-    while (i < text.size() && text.at(i).isSpace())
-        ++i;
-    bool negative = false;
-    if (i < text.size() && (text.at(i) == u'-' || text.at(i) == u'+')) {
-        negative = text.at(i) == u'-';
-        ++i;
-    }
-    qint64 value = 0;
-    for (; i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9'; ++i) {
-        value = value * 10 + (text.at(i).unicode() - u'0');
-        if (value > qint64(INT_MAX) + 1)
-            break;
-    }
-    if (negative)
-        value = -value;
-    return int(std::clamp<qint64>(value, INT_MIN, INT_MAX));
+    return int(std::clamp<qint64>(leadingInteger(text), INT_MIN, INT_MAX));
 }
 
 QString lastPathComponent(QString path)
@@ -156,9 +138,10 @@ void CaptureLoop::MainTimer()
 
 bool CaptureLoop::isOwnOrSecretWrite(const QStringList &types) const
 {
-    if (types.contains(ignoreType) || types.contains(concealedType))
+    if (types.contains(PasteboardType::Ignore) || types.contains(PasteboardType::Concealed))
         return true;
-    return types.contains(passwordHintType) && m_pasteboard.dataForType(passwordHintType) == passwordHintSecret;
+    return types.contains(PasteboardType::PasswordHint)
+        && m_pasteboard.dataForType(PasteboardType::PasswordHint) == passwordHintSecret;
 }
 
 void CaptureLoop::addPasteboard()
@@ -190,8 +173,8 @@ Entry CaptureLoop::NewPasteBoardContents()
 
     auto entry = std::make_shared<contents>();
     entry->setIndexCount(QString::number(counter));
-    if (firstTypes.contains(stringType))
-        entry->setContent(m_pasteboard.stringForType(stringType));
+    if (firstTypes.contains(PasteboardType::String))
+        entry->setContent(m_pasteboard.stringForType(PasteboardType::String));
     else
         entry->setContent(QStringLiteral("[ ") + firstTypes.first() + QStringLiteral(" ]"));
     entry->setMainType(firstTypes.first());
@@ -221,15 +204,15 @@ void CaptureLoop::setCurrentPasteboardToView(int n)
 
 void CaptureLoop::showCurrent(int n)
 {
-    Entry fresh = NewPasteBoardContents();
-    // Once the pasteboard has changed the current state is rebuilt on every
-    // tick. An unchanged state keeps its entry, so that its preview attempts
-    // (and a picture fetched from its address) carry over instead of starting
-    // a new fetch every second.
-    if (fresh && m_currentContent && fresh->indexCount() == m_currentContent->indexCount()
-        && fresh->types() == m_currentContent->types() && fresh->hasSameDataTo(*m_currentContent))
-        fresh = m_currentContent;
-    m_currentContent = fresh;
+    // Once the pasteboard has changed, the current state is shown again on
+    // every tick. While it stays the same state (same change count) it keeps
+    // its entry, so that its preview attempts, and a picture fetched from its
+    // address, carry over instead of starting anew every second.
+    const int changeCount = m_pasteboard.changeCount();
+    if (!m_currentContent || changeCount != m_currentChangeCount) {
+        m_currentContent = NewPasteBoardContents();
+        m_currentChangeCount = changeCount;
+    }
 
     if (m_currentContent) {
         m_currentContent->setImageLater(m_fetcher);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history/contents.h"
+#include "platform/pasteboardtype.h"
 
 #include <QObject>
 #include <QString>
@@ -24,7 +25,7 @@ class CaptureLoop : public QObject
 
 public:
     static constexpr int tickIntervalMs = 1000;
-    static inline const QString ignoreType = QStringLiteral("quillstash.ignore");
+    static inline const QString &ignoreType = PasteboardType::Ignore;
 
     CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
                 Dock &dock, Notices &notices, EventTimer &eventTimer,
@@ -80,6 +81,7 @@ private:
     qint32 lastChangeCount = -1;
     qint32 nsac_count = 0;
     qint32 viewChangeCount = -1;
+    qint32 m_currentChangeCount = -1;
     qint32 m_eStatus = 0;
     bool mbManualAdd = false;
     bool m_paused = false;

@@ -1,6 +1,7 @@
 #include "history/contents.h"
 
 #include "platform/imagefetcher.h"
+#include "platform/pasteboardtype.h"
 
 #include <QBuffer>
 #include <QFontDatabase>
@@ -14,10 +15,6 @@
 
 namespace {
 
-const QString stringType = QStringLiteral("NSStringPboardType");
-const QString urlType = QStringLiteral("public.url");
-const QString tiffType = QStringLiteral("public.tiff");
-const QString plainTextType = QStringLiteral("public.utf8-plain-text");
 const QString linkPrefix = QStringLiteral("http://");
 
 constexpr qreal entryFontPointSize = 9.0;
@@ -94,14 +91,14 @@ void contents::setDatas(const Datas &datas)
     _pdicDatas = datas;
 
     int icon = -1;
-    if (_parraytypes.contains(stringType)) {
+    if (_parraytypes.contains(PasteboardType::String)) {
         icon = IconText;
         if (_pstrContent.startsWith(linkPrefix, Qt::CaseSensitive))
             icon = IconUrl;
     }
-    if (_parraytypes.contains(urlType))
+    if (_parraytypes.contains(PasteboardType::Url))
         icon = IconUrl;
-    if (_parraytypes.contains(tiffType))
+    if (_parraytypes.contains(PasteboardType::Tiff))
         icon = IconImage;
     if (icon < 0)
         icon = IconUnknown;
@@ -125,7 +122,7 @@ QImage contents::image() const
 
 QImage contents::renderPicturePreview() const
 {
-    const QByteArray bytes = _pdicDatas.value(tiffType);
+    const QByteArray bytes = _pdicDatas.value(PasteboardType::Tiff);
     if (bytes.isEmpty())
         return {};
     QBuffer buffer;
@@ -158,7 +155,7 @@ QImage contents::renderCanvasPreview() const
             painter.restore();
         }
     }
-    if (_parraytypes.contains(stringType)) {
+    if (_parraytypes.contains(PasteboardType::String)) {
         painter.setFont(contentsFont());
         painter.setPen(Qt::black);
         painter.drawText(QRectF(0, 0, previewWidth, previewHeight),
@@ -178,7 +175,7 @@ void contents::setImageLater(ImageFetcher *fetcher)
     }
     ++iTryingToSetImageNum;
 
-    if (_parraytypes.contains(tiffType)) {
+    if (_parraytypes.contains(PasteboardType::Tiff)) {
         _showsPicture = true;
         bSetImage = true;
         changed();
@@ -190,7 +187,7 @@ void contents::setImageLater(ImageFetcher *fetcher)
         changed();
     }
     // bSetImage is false here; it turns true only when a picture arrives.
-    if (_parraytypes.contains(urlType) || _parraytypes.contains(plainTextType))
+    if (_parraytypes.contains(PasteboardType::Url) || _parraytypes.contains(PasteboardType::Utf8PlainText))
         requestAddressPicture(fetcher);
     ensureContentsFont();
 }

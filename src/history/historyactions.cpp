@@ -3,6 +3,7 @@
 #include "history/captureloop.h"
 #include "history/historylist.h"
 #include "platform/pasteboard.h"
+#include "platform/pasteboardtype.h"
 #include "platform/workspace.h"
 #include "recording/eventtimer.h"
 #include "recording/notices.h"
@@ -16,8 +17,6 @@
 
 namespace {
 
-const QString stringType = QStringLiteral("NSStringPboardType");
-const QString urlPboardType = QStringLiteral("NSURLPboardType");
 
 std::optional<QUrl> addressOf(const QString &text)
 {
@@ -48,7 +47,11 @@ void HistoryActions::setGeneralPasteboard(const Entry &entry)
     if (!entry)
         return;
     // The marker makes the next tick pass this state by; it must always fit.
-    QStringList types = entry->types().mid(0, maxRestoredTypes - 1);
+    // An entry captured by hand from our own write already lists it: it is
+    // declared once, last.
+    QStringList types = entry->types();
+    types.removeAll(CaptureLoop::ignoreType);
+    types = types.mid(0, maxRestoredTypes - 1);
     types.append(CaptureLoop::ignoreType);
     m_pasteboard.declareTypes(types);
 
@@ -126,13 +129,13 @@ void HistoryActions::onDoubleClickTable()
     const Entry entry = selected.first();
 
     // In both cases the display string is what is opened, not the stored link.
-    if (entry->types().contains(stringType)) {
+    if (entry->types().contains(PasteboardType::String)) {
         if (const std::optional<QUrl> url = addressOf(entry->content())) {
             m_workspace.openURL(*url);
             return;
         }
     }
-    if (entry->types().contains(urlPboardType) && entry->datas().contains(urlPboardType)) {
+    if (entry->types().contains(PasteboardType::UrlPboard) && entry->datas().contains(PasteboardType::UrlPboard)) {
         if (const std::optional<QUrl> url = addressOf(entry->content()))
             m_workspace.openURL(*url);
     }

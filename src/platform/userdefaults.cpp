@@ -1,28 +1,8 @@
 #include "platform/userdefaults.h"
 
-#include <limits>
+#include "platform/leadinginteger.h"
 
 namespace {
-
-// Reads a leading, optionally signed, decimal integer after blanks, as the
-// defaults' typed readers do with text: "12abc" is 12, "abc" is 0.
-qint64 leadingInteger(const QString &text)
-{
-    qsizetype i = 0;
-    while (i < text.size() && text.at(i).isSpace())
-        ++i;
-    bool negative = false;
-    if (i < text.size() && (text.at(i) == u'-' || text.at(i) == u'+'))
-        negative = text.at(i++) == u'-';
-    qint64 value = 0;
-    for (; i < text.size() && text.at(i).isDigit(); ++i) {
-        const qint64 digit = text.at(i).digitValue();
-        if (value > (std::numeric_limits<qint64>::max() - digit) / 10)
-            return negative ? std::numeric_limits<qint64>::min() : std::numeric_limits<qint64>::max();
-        value = value * 10 + digit;
-    }
-    return negative ? -value : value;
-}
 
 // Text counts as true when it starts with Y, y, T, t or a non-zero digit
 // (after blanks, a sign and leading zeros).

@@ -18,111 +18,106 @@
 #include "settings/applicationregistries.h"
 
 #include <QAbstractItemModelTester>
-#include <QList>
-#include <QLoggingCategory>
-#include <QString>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <ostream>
 
-// Readable failure messages for the Qt strings the tests compare.
+inline const QString stringType = QStringLiteral("NSStringPboardType");
+
 inline void PrintTo(const QString &text, std::ostream *os)
 {
     *os << '"' << text.toStdString() << '"';
 }
 
-// Records every message the code under test logs, so that a test can look for
-// the lines it expects and fail on warnings nobody expected.
-class MessageLog
-{
-public:
-    struct Message
-    {
-        QtMsgType type;
-        QString category;
-        QString text;
-    };
-
-    MessageLog();
-    ~MessageLog();
-    MessageLog(const MessageLog &) = delete;
-    MessageLog &operator=(const MessageLog &) = delete;
-
-    QList<Message> messages() const { return m_messages; }
-    QStringList texts(const QString &category) const;
-    QStringList warnings() const;
-    void clear() { m_messages.clear(); }
-
-private:
-    static void handler(QtMsgType type, const QMessageLogContext &context, const QString &text);
-
-    QList<Message> m_messages;
-    QtMessageHandler m_previous = nullptr;
-};
-
-// Follows a model through its signals alone. A change the model makes
-// without announcing it leaves the copy behind, which QAbstractItemModelTester
-// does not notice.
-class ModelMirror
-{
-public:
-    explicit ModelMirror(QAbstractItemModel &model);
-    // The entries the model showed, as its signals told.
-    const QList<Entry> &rows() const { return m_rows; }
-
-private:
-    Entry entryAt(int row) const;
-
-    QAbstractItemModel &m_model;
-    QList<Entry> m_rows;
-};
-
-// Scopes a change of logging rules to one test.
-class LoggingRules
-{
-public:
-    explicit LoggingRules(const QString &rules) { QLoggingCategory::setFilterRules(rules); }
-    ~LoggingRules() { QLoggingCategory::setFilterRules(QString()); }
-};
-
 // The objects the controller wires together, with fakes for the desktop.
 class HistoryFixture : public ::testing::Test
 {
 protected:
-    HistoryFixture();
-    void SetUp() override;
-    void TearDown() override;
+    HistoryFixture()
+    {
+        // The program is quiet by default: every message is kept, as
+        // "category: text", and one that no test expected fails it.
+        static HistoryFixture *active = nullptr;
+        active = this;
+        previousHandler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
+            active->logged.append(QString::fromUtf8(context.category) + QStringLiteral(": ") + text);
+        });
+        // The tester misses changes made without any signal; counting the
+        // announced rows catches those.
+        QObject::connect(&nsac, &QAbstractItemModel::rowsInserted, [this](auto, int f, int l) { shownRows += l - f + 1; });
+        QObject::connect(&nsac, &QAbstractItemModel::rowsRemoved, [this](auto, int f, int l) { shownRows -= l - f + 1; });
+        QObject::connect(&nsac, &QAbstractItemModel::modelReset, [this] { shownRows = nsac.rowCount(); });
+        notices.setUp();
+    }
+    ~HistoryFixture() override { qInstallMessageHandler(previousHandler); }
+    void TearDown() override
+    {
+        eventTimer.waitForIdle();
+        EXPECT_EQ(logged, QStringList());
+        EXPECT_EQ(shownRows, nsac.arrangedCount());
+    }
 
-    // One tick, then a second passes.
-    void tick();
-    void ticks(int count);
-    // Another program copies.
-    void copyText(const QString &text) { pasteboard.setText(text); }
-    QStringList arrangedIndexCounts() const;
-    QStringList allContents() const;
-    QStringList sounds();
-    void select(int row) { nsac.setSelectionIndexes({row}); }
-    Entry addEntry(const QString &text, const QString &indexCount);
+    // Each tick is followed by a second passing.
+    void tick(int count = 1)
+    {
+        for (int i = 0; i < count; ++i) {
+            capture.MainTimer();
+            clock.advance(CaptureLoop::tickIntervalMs);
+        }
+    }
+    QStringList sounds()
+    {
+        eventTimer.waitForIdle();
+        return soundPlayer.played();
+    }
+    QStringList arranged(const QString &(contents::*field)() const = &contents::content) const
+    {
+        QStringList values;
+        for (const Entry &entry : nsac.arrangedObjects())
+            values.append(((*entry).*field)());
+        return values;
+    }
+    // An entry built as the capture builds it from state, added to the list.
+    Entry addEntry(const QString &text, const QString &indexCount,
+                   const QList<FakePasteboard::Item> &state = {{stringType, "x"}})
+    {
+        auto entry = std::make_shared<contents>();
+        entry->setIndexCount(indexCount);
+        entry->setContent(text);
+        QStringList types;
+        contents::Datas datas;
+        for (const FakePasteboard::Item &item : state) {
+            types.append(item.type);
+            if (!item.data.isNull())
+                datas.insert(item.type, item.data);
+        }
+        entry->setMainType(types.value(0));
+        entry->setTypes(types);
+        entry->setDatas(datas);
+        nsac.addObject(entry);
+        return entry;
+    }
 
-    MessageLog log;
+    QStringList logged;
+    QtMessageHandler previousHandler = nullptr;
     FakePasteboard pasteboard;
     FakeUserDefaults defaults;
     FakeLoginItems loginItems;
-    std::unique_ptr<ApplicationRegistries> registries;
+    ApplicationRegistries registries{defaults, loginItems, QUrl(QStringLiteral("file:///usr/bin/quillstash"))};
     FakeNoticeService noticeService;
     FakeClock clock;
     FakeDock dock;
-    std::unique_ptr<Notices> notices;
+    Notices notices{noticeService, clock, dock, registries};
     FakeSoundPlayer soundPlayer;
-    std::unique_ptr<EventTimer> eventTimer;
-    std::unique_ptr<RecordingSwitch> recording;
+    EventTimer eventTimer{soundPlayer, [this] { return registries.isSoundEnable(); }};
+    RecordingSwitch recording{registries, notices, eventTimer};
     FakeImageFetcher fetcher;
     FakeWorkspace workspace;
     HistoryList nsac;
     QAbstractItemModelTester modelTester{&nsac, QAbstractItemModelTester::FailureReportingMode::Warning};
-    ModelMirror mirror{nsac};
-    std::unique_ptr<CaptureLoop> capture;
-    std::unique_ptr<HistoryActions> actions;
+    int shownRows = 0;
+    CaptureLoop capture{nsac, pasteboard, registries, dock, notices, eventTimer, recording, &fetcher};
+    HistoryActions actions{nsac, pasteboard, capture, notices, eventTimer, recording, workspace};
 };

@@ -1,5 +1,7 @@
 #include "platform/x11/pasteboardtypes.h"
 
+#include "platform/pasteboardtype.h"
+
 #include <QBuffer>
 #include <QImage>
 #include <QImageWriter>
@@ -9,11 +11,7 @@
 
 namespace {
 
-const QString utf8TextType = QStringLiteral("public.utf8-plain-text");
-const QString stringType = QStringLiteral("NSStringPboardType");
-const QString tiffType = QStringLiteral("public.tiff");
 const QString tiffFormat = QStringLiteral("image/tiff");
-const QString urlType = QStringLiteral("public.url");
 const QString uriListFormat = QStringLiteral("text/uri-list");
 
 // Most trustworthy first: a bare text/plain may come from an owner that still
@@ -101,7 +99,7 @@ QByteArray tiffFromFirstPicture(const QStringList &formats, const QHash<QString,
 
 } // namespace
 
-const QString PasteboardTypes::ownWriteMarker = QStringLiteral("quillstash.ignore");
+const QString &PasteboardTypes::ownWriteMarker = PasteboardType::Ignore;
 
 QStringList PasteboardTypes::targetsToRead(const QStringList &offered)
 {
@@ -141,12 +139,12 @@ QList<PasteboardItem> PasteboardTypes::itemsFromFormats(const QStringList &offer
     for (const QString &format : present) {
         const QByteArray data = read.value(format);
         if (isUtf8Text(format)) {
-            items.append({utf8TextType, data});
-            items.append({stringType, data});
+            items.append({PasteboardType::Utf8PlainText, data});
+            items.append({PasteboardType::String, data});
             continue;
         }
         if (!addedTiff.isNull() && format.startsWith(QLatin1String("image/"))) {
-            items.append({tiffType, addedTiff});
+            items.append({PasteboardType::Tiff, addedTiff});
             addedTiff = QByteArray();
         }
         items.append({typeForFormat(format, data), data});
@@ -156,7 +154,7 @@ QList<PasteboardItem> PasteboardTypes::itemsFromFormats(const QStringList &offer
 
 QString PasteboardTypes::formatForType(const QString &type)
 {
-    if (type == utf8TextType || type == stringType)
+    if (type == PasteboardType::Utf8PlainText || type == PasteboardType::String)
         return QStringLiteral("text/plain");
     for (const NamedFormat &named : namedFormats) {
         if (type == QLatin1String(named.type))

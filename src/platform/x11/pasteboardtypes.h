@@ -37,5 +37,5 @@ public:
     // The format under which a type of the program's own is offered.
     static QString formatForType(const QString &type);
 
-    static const QString ownWriteMarker;
+    static const QString &ownWriteMarker;
 };
