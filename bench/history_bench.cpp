@@ -1,16 +1,7 @@
 #include "history/captureloop.h"
 #include "history/historylist.h"
-#include "platform/fake/fakeclock.h"
-#include "platform/fake/fakedock.h"
-#include "platform/fake/fakeloginitems.h"
-#include "platform/fake/fakenoticeservice.h"
 #include "platform/fake/fakepasteboard.h"
-#include "platform/fake/fakesoundplayer.h"
-#include "platform/fake/fakeuserdefaults.h"
-#include "recording/eventtimer.h"
-#include "recording/notices.h"
-#include "recording/recordingswitch.h"
-#include "settings/applicationregistries.h"
+#include "support/recordingrig.h"
 
 #include <QApplication>
 
@@ -19,12 +10,12 @@
 namespace {
 
 // The parts of the running program that the tick touches, on fakes.
-struct Rig
+struct Rig : RecordingRig
 {
     Rig()
     {
         registries.setLimitNumber(std::numeric_limits<qint32>::max());
-        notices.setUp();
+        registries.setSoundEnable(false);
         recording.setAutomaticRec(true);
     }
 
@@ -41,16 +32,6 @@ struct Rig
         eventTimer.waitForIdle();
     }
 
-    FakeUserDefaults defaults;
-    FakeLoginItems loginItems;
-    ApplicationRegistries registries{defaults, loginItems, QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))};
-    FakeNoticeService service;
-    FakeClock clock;
-    FakeDock dock;
-    Notices notices{service, clock, dock, registries};
-    FakeSoundPlayer player;
-    EventTimer eventTimer{player, [] { return false; }};
-    RecordingSwitch recording{registries, notices, eventTimer};
     FakePasteboard pasteboard;
     HistoryList nsac;
     CaptureLoop capture{nsac, pasteboard, registries, dock, notices, eventTimer, recording, nullptr};

@@ -3,19 +3,10 @@
 #include "history/captureloop.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
-#include "platform/fake/fakeclock.h"
-#include "platform/fake/fakedock.h"
 #include "platform/fake/fakeimagefetcher.h"
-#include "platform/fake/fakeloginitems.h"
-#include "platform/fake/fakenoticeservice.h"
 #include "platform/fake/fakepasteboard.h"
-#include "platform/fake/fakesoundplayer.h"
-#include "platform/fake/fakeuserdefaults.h"
 #include "platform/fake/fakeworkspace.h"
-#include "recording/eventtimer.h"
-#include "recording/notices.h"
-#include "recording/recordingswitch.h"
-#include "settings/applicationregistries.h"
+#include "support/recordingrig.h"
 
 #include <QAbstractItemModelTester>
 #include <QStringList>
@@ -32,7 +23,7 @@ inline void PrintTo(const QString &text, std::ostream *os)
 }
 
 // The objects the controller wires together, with fakes for the desktop.
-class HistoryFixture : public ::testing::Test
+class HistoryFixture : public ::testing::Test, protected RecordingRig
 {
 protected:
     HistoryFixture()
@@ -49,7 +40,6 @@ protected:
         QObject::connect(&nsac, &QAbstractItemModel::rowsInserted, [this](auto, int f, int l) { shownRows += l - f + 1; });
         QObject::connect(&nsac, &QAbstractItemModel::rowsRemoved, [this](auto, int f, int l) { shownRows -= l - f + 1; });
         QObject::connect(&nsac, &QAbstractItemModel::modelReset, [this] { shownRows = nsac.rowCount(); });
-        notices.setUp();
     }
     ~HistoryFixture() override { qInstallMessageHandler(previousHandler); }
     void TearDown() override
@@ -66,11 +56,6 @@ protected:
             capture.MainTimer();
             clock.advance(CaptureLoop::tickIntervalMs);
         }
-    }
-    QStringList sounds()
-    {
-        eventTimer.waitForIdle();
-        return soundPlayer.played();
     }
     QStringList arranged(const QString &(contents::*field)() const = &contents::content) const
     {
@@ -103,16 +88,6 @@ protected:
     QStringList logged;
     QtMessageHandler previousHandler = nullptr;
     FakePasteboard pasteboard;
-    FakeUserDefaults defaults;
-    FakeLoginItems loginItems;
-    ApplicationRegistries registries{defaults, loginItems, QUrl(QStringLiteral("file:///usr/bin/quillstash"))};
-    FakeNoticeService noticeService;
-    FakeClock clock;
-    FakeDock dock;
-    Notices notices{noticeService, clock, dock, registries};
-    FakeSoundPlayer soundPlayer;
-    EventTimer eventTimer{soundPlayer, [this] { return registries.isSoundEnable(); }};
-    RecordingSwitch recording{registries, notices, eventTimer};
     FakeImageFetcher fetcher;
     FakeWorkspace workspace;
     HistoryList nsac;

@@ -1,30 +1,11 @@
-#include "platform/fake/fakeclock.h"
-#include "platform/fake/fakedock.h"
-#include "platform/fake/fakeloginitems.h"
-#include "platform/fake/fakenoticeservice.h"
-#include "platform/fake/fakeuserdefaults.h"
-#include "recording/notices.h"
-#include "settings/applicationregistries.h"
+#include "support/recordingrig.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-class NoticesTest : public ::testing::Test
+class NoticesTest : public ::testing::Test, protected RecordingRig
 {
-protected:
-    NoticesTest()
-    {
-        notices.setUp();
-    }
-
-    FakeUserDefaults defaults;
-    FakeLoginItems loginItems;
-    ApplicationRegistries registries{defaults, loginItems, QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))};
-    FakeNoticeService service;
-    FakeClock clock;
-    FakeDock dock;
-    Notices notices{service, clock, dock, registries};
 };
 
 struct RepeatCase
@@ -45,7 +26,7 @@ TEST_P(NoticeRepeatTest, sameTitleWithinASecondIsDropped)
     notices.messageGrowl(QStringLiteral("Add to Table"), QStringLiteral("one"), Notices::AddPasteboardNotification);
     clock.advance(c.gapMs);
     notices.messageGrowl(QString::fromLatin1(c.secondTitle), QStringLiteral("two"), Notices::AddPasteboardNotification);
-    EXPECT_EQ(service.sent().size(), c.expectedSent);
+    EXPECT_EQ(noticeService.sent().size(), c.expectedSent);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -61,8 +42,8 @@ TEST_F(NoticesTest, sendsTitleDescriptionNameAndPriorityUnsticky)
 {
     notices.messageGrowl(QStringLiteral("Change Pasteboard"), QStringLiteral("hello"),
                          Notices::ChangePasteboardNotification);
-    ASSERT_EQ(service.sent().size(), 1);
-    const auto &n = service.sent().first();
+    ASSERT_EQ(noticeService.sent().size(), 1);
+    const auto &n = noticeService.sent().first();
     EXPECT_EQ(n.title, QStringLiteral("Change Pasteboard"));
     EXPECT_EQ(n.description, QStringLiteral("hello"));
     EXPECT_EQ(n.notificationName, QStringLiteral("ChangePasteboardNotification"));
@@ -78,21 +59,21 @@ TEST_F(NoticesTest, repeatWindowIsMeasuredFromTheLastNoticeSentAcrossTheClockWra
     notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
     clock.advance(600); // 1112 ms after the one that was sent
     notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
-    EXPECT_EQ(service.sent().size(), 2);
+    EXPECT_EQ(noticeService.sent().size(), 2);
 }
 
 TEST_F(NoticesTest, droppedRepeatStillBouncesTheDockIcon)
 {
     notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
     notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
-    EXPECT_EQ(service.sent().size(), 1);
+    EXPECT_EQ(noticeService.sent().size(), 1);
     EXPECT_EQ(dock.attentionRequests(), 2);
 
     registries.setIconBounce(false);
     clock.advance(5000);
     notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
     EXPECT_EQ(dock.attentionRequests(), 2);
-    EXPECT_EQ(service.sent().size(), 2);
+    EXPECT_EQ(noticeService.sent().size(), 2);
 }
 
 // The line said without a notice service is checked against the running

@@ -64,6 +64,7 @@ private:
     Outcome convert(xcb_atom_t target, xcb_timestamp_t time, QByteArray *data);
     Outcome readIncr(xcb_atom_t property, const xcb_get_property_reply_t &header, QByteArray *data);
     XcbPtr<xcb_get_property_reply_t> takeProperty(xcb_atom_t property);
+    Outcome awaitEvent(uint8_t type, Clock::time_point deadline, XcbPtr<xcb_generic_event_t> *event);
     XcbPtr<xcb_generic_event_t> waitForEvent(Clock::time_point deadline);
     void drainEvents();
     bool takeOwnerChange(const xcb_generic_event_t *event);
@@ -242,13 +243,11 @@ ClipboardReader::Worker::Outcome ClipboardReader::Worker::convert(xcb_atom_t tar
     xcb_convert_selection(m_connection, m_window, m_clipboard, target, property, time);
     const Clock::time_point deadline = Clock::now() + ownerTimeout;
     for (;;) {
-        const XcbPtr<xcb_generic_event_t> event = waitForEvent(deadline);
-        if (!event)
-            return m_stop ? Outcome::Interrupted : Outcome::Failed;
-        if (takeOwnerChange(event.get()))
-            return Outcome::Interrupted;
-        if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY)
-            continue; // includes the INCR property's first NEW_VALUE, which is no chunk
+        // Property events before the answer (the INCR property's first
+        // NEW_VALUE among them, which is no chunk) are passed by.
+        XcbPtr<xcb_generic_event_t> event;
+        if (const Outcome waited = awaitEvent(XCB_SELECTION_NOTIFY, deadline, &event); waited != Outcome::Done)
+            return waited;
         const auto *notify = reinterpret_cast<const xcb_selection_notify_event_t *>(event.get());
         if (notify->requestor != m_window || notify->selection != m_clipboard || notify->target != target)
             continue;
@@ -283,13 +282,9 @@ ClipboardReader::Worker::Outcome ClipboardReader::Worker::readIncr(xcb_atom_t pr
     collected.reserve(sizeHint);
     Clock::time_point deadline = Clock::now() + ownerTimeout;
     for (;;) {
-        const XcbPtr<xcb_generic_event_t> event = waitForEvent(deadline);
-        if (!event)
-            return m_stop ? Outcome::Interrupted : Outcome::Failed;
-        if (takeOwnerChange(event.get()))
-            return Outcome::Interrupted;
-        if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
-            continue;
+        XcbPtr<xcb_generic_event_t> event;
+        if (const Outcome waited = awaitEvent(XCB_PROPERTY_NOTIFY, deadline, &event); waited != Outcome::Done)
+            return waited;
         const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event.get());
         if (notify->window != m_window || notify->atom != property || notify->state != XCB_PROPERTY_NEW_VALUE)
             continue;
@@ -305,6 +300,22 @@ ClipboardReader::Worker::Outcome ClipboardReader::Worker::readIncr(xcb_atom_t pr
             return Outcome::Failed;
         collected.append(static_cast<const char *>(xcb_get_property_value(chunk.get())), length);
         deadline = Clock::now() + ownerTimeout;
+    }
+}
+
+// The next event of the given type. Interrupted when the clipboard changes
+// hands (or the reader stops) first, Failed when the deadline passes.
+ClipboardReader::Worker::Outcome ClipboardReader::Worker::awaitEvent(uint8_t type, Clock::time_point deadline,
+                                                                     XcbPtr<xcb_generic_event_t> *event)
+{
+    for (;;) {
+        *event = waitForEvent(deadline);
+        if (!*event)
+            return m_stop ? Outcome::Interrupted : Outcome::Failed;
+        if (takeOwnerChange(event->get()))
+            return Outcome::Interrupted;
+        if (((*event)->response_type & 0x7f) == type)
+            return Outcome::Done;
     }
 }
 

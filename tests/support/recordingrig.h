@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/fake/fakeclock.h"
+#include "platform/fake/fakedock.h"
+#include "platform/fake/fakeloginitems.h"
+#include "platform/fake/fakenoticeservice.h"
+#include "platform/fake/fakesoundplayer.h"
+#include "platform/fake/fakeuserdefaults.h"
+#include "recording/eventtimer.h"
+#include "recording/notices.h"
+#include "recording/recordingswitch.h"
+#include "settings/applicationregistries.h"
+
+#include <QStringList>
+
+// The settings store, notices, sounds and recording switch over fakes of the
+// desktop, wired as the controller wires them: what the history is built on.
+struct RecordingRig
+{
+    RecordingRig() { notices.setUp(); }
+
+    // Every sound started so far, in name order: each plays on a thread of
+    // its own, so the order they played in is not fixed.
+    QStringList sounds()
+    {
+        eventTimer.waitForIdle();
+        QStringList played = soundPlayer.played();
+        played.sort();
+        return played;
+    }
+
+    FakeUserDefaults defaults;
+    FakeLoginItems loginItems;
+    ApplicationRegistries registries{defaults, loginItems, QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))};
+    FakeNoticeService noticeService;
+    FakeClock clock;
+    FakeDock dock;
+    Notices notices{noticeService, clock, dock, registries};
+    FakeSoundPlayer soundPlayer;
+    EventTimer eventTimer{soundPlayer, [this] { return registries.isSoundEnable(); }};
+    RecordingSwitch recording{registries, notices, eventTimer};
+};
