@@ -23,7 +23,7 @@ struct Rig : RecordingRig
     {
         for (int i = 0; i < entries; ++i) {
             pasteboard.setText(QStringLiteral("entry number %1 with some ordinary copied text").arg(i));
-            capture.MainTimer();
+            capture.addPasteboard();
         }
         // Let every entry use up its preview attempts, as a long-running
         // history would have.

@@ -9,6 +9,7 @@ packages=(
   libxcb1-dev libxcb-xfixes0-dev libxcb-keysyms1-dev libx11-dev libxtst-dev
   libcanberra-dev libplist-dev
   googletest libgtest-dev libbenchmark-dev
+  clang libclang-rt-14-dev python3
   xvfb xauth xclip xdotool dbus x11-utils x11-xserver-utils imagemagick fonts-dejavu-core
 )
 

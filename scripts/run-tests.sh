@@ -13,6 +13,9 @@ trap 'rm -rf "$runtime"' EXIT
 export XDG_RUNTIME_DIR=$runtime
 unset DBUS_SESSION_BUS_ADDRESS DISPLAY WAYLAND_DISPLAY
 
-exec dbus-run-session --config-file="$top/tests/dbus-session.conf" -- \
+dbus-run-session --config-file="$top/tests/dbus-session.conf" -- \
   xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" \
   ctest --test-dir "$build" --output-on-failure "$@"
+
+# A short fuzzing run of the backup file reader; it needs no desktop.
+"$top/scripts/fuzz.sh" 20

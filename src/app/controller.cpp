@@ -1,5 +1,6 @@
 #include "app/controller.h"
 
+#include "documents/documentcommands.h"
 #include "history/captureloop.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
@@ -26,9 +27,12 @@ Controller::Controller(const PlatformServices &services, ApplicationRegistries &
                                 *m_eventTimer, *m_recording, services.imageFetcher, this))
     , m_actions(new HistoryActions(*m_nsac, services.pasteboard, *m_capture, *m_notices, *m_eventTimer,
                                    *m_recording, services.workspace, this))
+    , m_documents(new DocumentCommands(*m_nsac, *m_capture, *m_actions, *m_notices, registries, services.defaults,
+                                       services.panels, this))
 {
     gController = this;
     connect(m_capture, &CaptureLoop::scrollBottomRequested, m_actions, &HistoryActions::scrollBottom);
+    connect(m_capture, &CaptureLoop::autoSaveDue, this, &Controller::autoSave);
 }
 
 Controller::~Controller()
@@ -61,6 +65,7 @@ void Controller::applicationDidFinishLaunching()
     connect(mTimer, &QTimer::timeout, this, &Controller::MainTimer);
     mTimer->start();
     m_notices->setUp();
+    m_documents->readLastSavedDirectory();
 }
 
 void Controller::MainTimer()
@@ -161,4 +166,34 @@ void Controller::doAutoRec()
 void Controller::cancelAutoRec()
 {
     m_recording->cancelAutoRec();
+}
+
+void Controller::saveAllObject(QObject *)
+{
+    m_documents->saveAllObject();
+}
+
+void Controller::saveas(QObject *)
+{
+    m_documents->saveas();
+}
+
+void Controller::open(QObject *)
+{
+    m_documents->open();
+}
+
+bool Controller::applicationOpenFile(const QString &path)
+{
+    return m_documents->applicationOpenFile(path);
+}
+
+void Controller::autoSave()
+{
+    m_documents->autoSave();
+}
+
+void Controller::applicationWillTerminate()
+{
+    m_documents->writeLastSavedDirectory();
 }

@@ -9,6 +9,7 @@
 
 class ApplicationRegistries;
 class CaptureLoop;
+class DocumentCommands;
 class EventTimer;
 class HistoryActions;
 class HistoryList;
@@ -56,8 +57,18 @@ public:
     void doAutoRec();
     void cancelAutoRec();
 
+    void saveAllObject(QObject *sender = nullptr);
+    void saveas(QObject *sender = nullptr);
+    void open(QObject *sender = nullptr);
+    // application:openFile: — a file handed over by the system.
+    bool applicationOpenFile(const QString &path);
+    void autoSave();
+    // applicationWillTerminate: — what the controller keeps across runs.
+    void applicationWillTerminate();
+
     HistoryList &nsac() const { return *m_nsac; }
     CaptureLoop &capture() const { return *m_capture; }
+    DocumentCommands &documents() const { return *m_documents; }
     RecordingSwitch &recording() const { return *m_recording; }
     EventTimer &eventTimer() const { return *m_eventTimer; }
     Notices &notices() const { return *m_notices; }
@@ -72,5 +83,6 @@ private:
     RecordingSwitch *m_recording;
     CaptureLoop *m_capture;
     HistoryActions *m_actions;
+    DocumentCommands *m_documents;
     QTimer *mTimer = nullptr;
 };

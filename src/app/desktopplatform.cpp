@@ -4,6 +4,7 @@
 #include "platform/x11/dbusnoticeservice.h"
 #include "platform/x11/desktopworkspace.h"
 #include "platform/x11/networkimagefetcher.h"
+#include "platform/x11/qtpanels.h"
 #include "platform/x11/qsettingsuserdefaults.h"
 #include "platform/x11/systemclock.h"
 #include "platform/x11/unitydock.h"
@@ -22,6 +23,7 @@ DesktopPlatform::DesktopPlatform()
     , m_clock(std::make_unique<SystemClock>())
     , m_workspace(std::make_unique<DesktopWorkspace>())
     , m_imageFetcher(std::make_unique<NetworkImageFetcher>())
+    , m_panels(std::make_unique<QtPanels>())
 {
 }
 
@@ -30,6 +32,6 @@ DesktopPlatform::~DesktopPlatform() = default;
 PlatformServices DesktopPlatform::services() const
 {
     return PlatformServices{*m_pasteboard, *m_defaults, *m_loginItems, *m_noticeService, *m_soundPlayer,
-                            *m_dock,       *m_clock,    *m_workspace,  m_imageFetcher.get(),
+                            *m_dock,       *m_clock,    *m_workspace,  *m_panels,       m_imageFetcher.get(),
                             QUrl::fromLocalFile(QCoreApplication::applicationFilePath())};
 }

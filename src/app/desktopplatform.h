@@ -8,6 +8,7 @@ class CanberraSoundPlayer;
 class DBusNoticeService;
 class DesktopWorkspace;
 class NetworkImageFetcher;
+class QtPanels;
 class QSettingsUserDefaults;
 class SystemClock;
 class UnityDock;
@@ -35,4 +36,5 @@ private:
     std::unique_ptr<SystemClock> m_clock;
     std::unique_ptr<DesktopWorkspace> m_workspace;
     std::unique_ptr<NetworkImageFetcher> m_imageFetcher;
+    std::unique_ptr<QtPanels> m_panels;
 };

@@ -31,7 +31,12 @@ HotKeyApplication::HotKeyApplication(int &argc, char **argv)
     setDesktopFileName(QStringLiteral("quillstash"));
     // The program lives in the tray; closing its windows does not end it.
     setQuitOnLastWindowClosed(false);
+}
 
+HotKeyApplication::~HotKeyApplication() = default;
+
+void HotKeyApplication::startServices()
+{
     m_platform = std::make_unique<DesktopPlatform>();
     const PlatformServices services = m_platform->services();
     m_registries = std::make_unique<ApplicationRegistries>(services.defaults, services.loginItems, services.appURL);
@@ -40,15 +45,17 @@ HotKeyApplication::HotKeyApplication(int &argc, char **argv)
     watchQuitSignals();
 }
 
-HotKeyApplication::~HotKeyApplication() = default;
-
 void HotKeyApplication::terminate()
 {
     if (m_terminated)
         return;
     m_terminated = true;
-    m_registries->writeRegistry();
-    m_platform->services().defaults.synchronize();
+    if (m_willTerminate)
+        m_willTerminate();
+    if (m_registries) {
+        m_registries->writeRegistry();
+        m_platform->services().defaults.synchronize();
+    }
     quit();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include <functional>
 #include <memory>
 
 class ApplicationRegistries;
@@ -17,8 +18,16 @@ public:
     HotKeyApplication(int &argc, char **argv);
     ~HotKeyApplication() override;
 
+    // The desktop services and the preferences store. Separate from the
+    // constructor so that a launch that only hands its file to the running
+    // program touches neither.
+    void startServices();
+
     DesktopPlatform &platform() const { return *m_platform; }
     ApplicationRegistries &registries() const { return *m_registries; }
+
+    // Runs as the program quits, before the preferences are written.
+    void setWillTerminate(std::function<void()> willTerminate) { m_willTerminate = std::move(willTerminate); }
 
     // Ends the program the orderly way: preferences written, then quit.
     void terminate();
@@ -28,5 +37,6 @@ private:
 
     std::unique_ptr<DesktopPlatform> m_platform;
     std::unique_ptr<ApplicationRegistries> m_registries;
+    std::function<void()> m_willTerminate;
     bool m_terminated = false;
 };

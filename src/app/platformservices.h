@@ -7,6 +7,7 @@ class Dock;
 class ImageFetcher;
 class LoginItems;
 class NoticeService;
+class Panels;
 class Pasteboard;
 class SoundPlayer;
 class UserDefaults;
@@ -24,6 +25,7 @@ struct PlatformServices
     Dock &dock;
     Clock &clock;
     Workspace &workspace;
+    Panels &panels;
     ImageFetcher *imageFetcher = nullptr;
     QUrl appURL;
 };

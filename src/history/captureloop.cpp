@@ -128,6 +128,8 @@ void CaptureLoop::MainTimer()
         qWarning("exception catched");
     }
 
+    Q_EMIT autoSaveDue();
+
     if (n > 0 && !m_dock.isActive())
         m_dock.setBadgeLabel(QString::number(n));
     else

@@ -63,6 +63,9 @@ Q_SIGNALS:
     void typesSourceChanged(const QStringList &types);
     void currentContentChanged(const Entry &entry);
     void scrollBottomRequested();
+    // Once per tick, after the guarded steps and before the dock badge: the
+    // auto-save count runs here.
+    void autoSaveDue();
 
 private:
     bool isOwnOrSecretWrite(const QStringList &types) const;

@@ -6,6 +6,7 @@
 #include "platform/fake/fakeimagefetcher.h"
 #include "platform/fake/fakeloginitems.h"
 #include "platform/fake/fakenoticeservice.h"
+#include "platform/fake/fakepanels.h"
 #include "platform/fake/fakepasteboard.h"
 #include "platform/fake/fakesoundplayer.h"
 #include "platform/fake/fakeuserdefaults.h"
@@ -31,7 +32,7 @@ protected:
         registries = std::make_unique<ApplicationRegistries>(defaults, loginItems, app);
         controller = std::make_unique<Controller>(
             PlatformServices{pasteboard, defaults, loginItems, noticeService, soundPlayer, dock, clock, workspace,
-                             &fetcher, app},
+                             panels, &fetcher, app},
             *registries);
         controller->applicationDidFinishLaunching();
     }
@@ -54,6 +55,7 @@ protected:
     FakeDock dock;
     FakeClock clock;
     FakeWorkspace workspace;
+    FakePanels panels;
     FakeImageFetcher fetcher;
     std::unique_ptr<ApplicationRegistries> registries;
     std::unique_ptr<Controller> controller;

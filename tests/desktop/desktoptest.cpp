@@ -24,7 +24,7 @@ constexpr int quitTimeoutMs = 10000;
 // The message pattern set below puts the type and the category in front of
 // each message, so that a warning is plain to see in a failure report.
 const QRegularExpression tickLine(QStringLiteral("^debug quillstash\\.tick: tick (\\d{10,})$"));
-const QRegularExpression captureLine(QStringLiteral("^debug quillstash\\.capture: captured \\S+ types: (.*)$"));
+const QRegularExpression captureLine(QStringLiteral("^debug quillstash\\.capture: captured (\\S+) types: (.*)$"));
 
 } // namespace
 
@@ -79,6 +79,14 @@ bool DesktopTest::startProgram()
     // The clipboard and the notice server are shared: an earlier run must be gone.
     EXPECT_EQ(m_program.state(), QProcess::NotRunning);
     m_lines.clear();
+    m_program.setProcessEnvironment(programEnvironment());
+    m_program.setStandardOutputFile(QProcess::nullDevice());
+    m_program.start(QStringLiteral(QUILLSTASH_BIN), {});
+    return m_program.waitForStarted(waitMs) && waitForMoreTicks(1, waitMs);
+}
+
+QProcessEnvironment DesktopTest::programEnvironment() const
+{
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("HOME"), m_home.path());
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral(".config")));
@@ -91,10 +99,7 @@ bool DesktopTest::startProgram()
         QDir(m_home.path()).mkdir(QStringLiteral(".runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.filePath(QStringLiteral(".runtime")));
     }
-    m_program.setProcessEnvironment(env);
-    m_program.setStandardOutputFile(QProcess::nullDevice());
-    m_program.start(QStringLiteral(QUILLSTASH_BIN), {});
-    return m_program.waitForStarted(waitMs) && waitForMoreTicks(1, waitMs);
+    return env;
 }
 
 void DesktopTest::quitProgram(const QStringList &allowed)
@@ -124,9 +129,19 @@ QList<QStringList> DesktopTest::captures() const
     QList<QStringList> types;
     for (const QString &line : m_lines) {
         if (const QRegularExpressionMatch match = captureLine.match(line); match.hasMatch())
-            types.append(match.captured(1).split(QStringLiteral(", ")));
+            types.append(match.captured(2).split(QStringLiteral(", ")));
     }
     return types;
+}
+
+QStringList DesktopTest::captureIndexes() const
+{
+    QStringList indexes;
+    for (const QString &line : m_lines) {
+        if (const QRegularExpressionMatch match = captureLine.match(line); match.hasMatch())
+            indexes.append(match.captured(1));
+    }
+    return indexes;
 }
 
 QStringList DesktopTest::otherLines() const

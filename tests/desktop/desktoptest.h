@@ -30,11 +30,16 @@ protected:
 
     // Starts the program on this test's HOME and waits for its first tick.
     bool startProgram();
+    // What the program runs with: this test's HOME, the debug lines above.
+    QProcessEnvironment programEnvironment() const;
+    qint64 programPid() const { return m_program.processId(); }
     // SIGTERM; expects an orderly end and no line beyond ticks, captures and allowed.
     void quitProgram(const QStringList &allowed = {});
     QList<qint64> ticks() const;
     // The types of each new entry, in order.
     QList<QStringList> captures() const;
+    // The index of each new entry, in order.
+    QStringList captureIndexes() const;
     // The lines that are neither ticks nor captures.
     QStringList otherLines() const;
     // Both run the event loop until the count is reached; false at the deadline.

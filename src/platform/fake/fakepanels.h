@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/panels.h"
+
+#include <QList>
+
+#include <deque>
+#include <functional>
+
+// Records every panel and alert asked for and answers panels with the queued
+// choices, in order; with none queued a panel is cancelled.
+class FakePanels : public Panels
+{
+public:
+    enum class Kind { Save, Open };
+
+    struct PanelRequest
+    {
+        Kind kind;
+        QString directory;
+        QString suggestedName;
+    };
+
+    struct Alert
+    {
+        QString windowTitle;
+        QString message;
+        QString informativeText;
+        QString button;
+    };
+
+    std::optional<Choice> runSavePanel(const QString &directory, const QString &suggestedName) override
+    {
+        return answer(Kind::Save, directory, suggestedName);
+    }
+    std::optional<Choice> runOpenPanel(const QString &directory, const QString &suggestedName) override
+    {
+        return answer(Kind::Open, directory, suggestedName);
+    }
+    void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
+                  const QString &button) override
+    {
+        m_alerts.append({windowTitle, message, informativeText, button});
+        if (m_whileShown)
+            m_whileShown();
+    }
+
+    void confirmNext(const QString &filename, const QString &directory)
+    {
+        m_answers.push_back(Choice{filename, directory});
+    }
+    void cancelNext() { m_answers.push_back(std::nullopt); }
+    // Runs while a panel or alert is up, as the event loop would.
+    void setWhileShown(std::function<void()> whileShown) { m_whileShown = std::move(whileShown); }
+
+    const QList<PanelRequest> &panels() const { return m_panels; }
+    const QList<Alert> &alerts() const { return m_alerts; }
+
+private:
+    std::optional<Choice> answer(Kind kind, const QString &directory, const QString &suggestedName)
+    {
+        m_panels.append({kind, directory, suggestedName});
+        if (m_whileShown)
+            m_whileShown();
+        if (m_answers.empty())
+            return std::nullopt;
+        std::optional<Choice> choice = m_answers.front();
+        m_answers.pop_front();
+        return choice;
+    }
+
+    QList<PanelRequest> m_panels;
+    QList<Alert> m_alerts;
+    std::deque<std::optional<Choice>> m_answers;
+    std::function<void()> m_whileShown;
+};

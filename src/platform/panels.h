@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// Modal file panels and alerts.
+class Panels
+{
+public:
+    struct Choice
+    {
+        QString filename;  // the full path chosen
+        QString directory; // the folder the panel was in when confirmed
+    };
+
+    virtual ~Panels() = default;
+
+    // Nothing when the user cancels.
+    virtual std::optional<Choice> runSavePanel(const QString &directory, const QString &suggestedName) = 0;
+    virtual std::optional<Choice> runOpenPanel(const QString &directory, const QString &suggestedName) = 0;
+    // A warning with one button.
+    virtual void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
+                          const QString &button) = 0;
+};

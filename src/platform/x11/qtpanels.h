@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/panels.h"
+
+// Qt's file dialogs and message box, modal over the active window.
+class QtPanels : public Panels
+{
+public:
+    std::optional<Choice> runSavePanel(const QString &directory, const QString &suggestedName) override;
+    std::optional<Choice> runOpenPanel(const QString &directory, const QString &suggestedName) override;
+    void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
+                  const QString &button) override;
+};

@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+"""Writes the seed files of the backup reader's fuzz corpus into corpus/.
+
+Each file is named "<entries it holds>-<what it is>.qs_backup"; the unit tests
+check that the reader finds that many entries in it. The bytes are assembled
+here from the format's description, apart from the program's own writer, and
+the length words are little-endian, as on the machines that run the tests.
+"""
+import base64
+import pathlib
+import plistlib
+import struct
+
+HERE = pathlib.Path(__file__).resolve().parent / "corpus"
+
+
+def ts_integer(value, order="<"):
+    if -110 <= value <= 127:
+        return struct.pack("b", value)
+    if -32768 <= value <= 32767:
+        return b"\x81" + struct.pack(order + "h", value)
+    return b"\x82" + struct.pack(order + "i", value)
+
+
+def archive(text, big_endian=False, mutable=False):
+    order = ">" if big_endian else "<"
+    utf8 = text.encode()
+    out = b"\x04\x0b" + (b"typedstream" if big_endian else b"streamtyped") + ts_integer(1000, order)
+    out += b"\x84\x01@\x84"
+    if mutable:
+        out += b"\x84\x84\x0fNSMutableString\x01"
+    out += b"\x84\x84\x08NSString\x01\x84\x84\x08NSObject\x00\x85"
+    return out + b"\x84\x01+" + ts_integer(len(utf8), order) + utf8 + b"\x86"
+
+
+HEAD = (b'<?xml version="1.0" encoding="UTF-8"?>\n'
+        b'<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">\n'
+        b'<plist version="1.0">\n')
+
+
+def escape(text):
+    return text.replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;").encode()
+
+
+def xml_strings(strings):
+    if not strings:
+        return HEAD + b"<array/>\n</plist>\n"
+    body = b"".join(b"\t<string>" + escape(s) + b"</string>\n" for s in strings)
+    return HEAD + b"<array>\n" + body + b"</array>\n</plist>\n"
+
+
+def xml_datas(datas):
+    if not datas:
+        return HEAD + b"<dict/>\n</plist>\n"
+    body = b""
+    for key in sorted(datas):
+        encoded = base64.b64encode(datas[key])
+        lines = b"".join(b"\t" + encoded[i:i + 68] + b"\n" for i in range(0, len(encoded), 68))
+        body += b"\t<key>" + escape(key) + b"</key>\n\t<data>\n" + lines + b"\t</data>\n"
+    return HEAD + b"<dict>\n" + body + b"</dict>\n</plist>\n"
+
+
+def block(payload, order="<"):
+    return struct.pack(order + "i", len(payload)) + payload
+
+
+def record(content, types, datas, order="<"):
+    return block(content, order) + block(types, order) + block(datas, order)
+
+
+def text_record(text):
+    data = text.encode()
+    return record(archive(text), xml_strings(["public.utf8-plain-text", "NSStringPboardType"]),
+                  xml_datas({"public.utf8-plain-text": data, "NSStringPboardType": data}))
+
+
+def main():
+    picture = record(archive(""), xml_strings(["public.tiff", "public.png"]),
+                     xml_datas({"public.tiff": bytes(range(100)), "public.png": b"\xff" * 51}))
+    binary = record(archive("binary"), plistlib.dumps(["public.utf8-plain-text"], fmt=plistlib.FMT_BINARY),
+                    plistlib.dumps({"public.utf8-plain-text": b"binary"}, fmt=plistlib.FMT_BINARY))
+    two = text_record("one") + text_record("two")
+    third = text_record("three")
+    content_end = 4 + len(archive("three"))
+    types_end = content_end + 4 + len(xml_strings(["public.utf8-plain-text", "NSStringPboardType"]))
+    files = {
+        "0-empty": b"",
+        "1-text": text_record("Hello"),
+        "3-text-picture-unicode": text_record("Hello") + picture + text_record("Grüße, 東京 ✓ <&>"),
+        "1-binary-plists": binary,
+        "1-mutable-string-powerpc-archive": record(archive("ppc", big_endian=True, mutable=True),
+                                                  xml_strings(["public.utf8-plain-text"]), xml_datas({})),
+        "1-long-display-string": text_record("x" * 140 + " ..."),
+        "1-unreadable-plists": record(archive("plain"), b"garbage", b"<dict>"),
+        "2-cut-after-content": two + third[:content_end],
+        "2-cut-inside-types": two + third[:content_end + 10],
+        "2-cut-inside-datas": two + third[:types_end + 6],
+        "2-huge-length": two + struct.pack("<i", 0x7fffffff) + third[4:],
+        "2-negative-length": two + struct.pack("<i", -4) + third[4:],
+        "1-bad-archive": text_record("kept") + record(b"\x04\x0bstreamtyped\x81", b"", b"") + text_record("lost"),
+        "0-big-endian": record(archive("ppc"), xml_strings(["public.utf8-plain-text"]), xml_datas({}), ">"),
+    }
+    HERE.mkdir(exist_ok=True)
+    for name, data in files.items():
+        (HERE / (name + ".qs_backup")).write_bytes(data)
+
+
+if __name__ == "__main__":
+    main()
