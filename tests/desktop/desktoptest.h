@@ -7,8 +7,18 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <optional>
+
+// The X11 target each pasteboard type is offered under, when not its own name.
+inline const std::map<QString, QString> readBackTargets{
+    {QStringLiteral("public.utf8-plain-text"), QStringLiteral("UTF8_STRING")},
+    {QStringLiteral("NSStringPboardType"), QStringLiteral("UTF8_STRING")},
+    {QStringLiteral("public.html"), QStringLiteral("text/html")},
+    {QStringLiteral("public.png"), QStringLiteral("image/png")},
+    {QStringLiteral("public.tiff"), QStringLiteral("image/tiff")},
+};
 
 class QMimeData;
 struct xcb_connection_t;

@@ -21,14 +21,6 @@ namespace {
 const QString service = QStringLiteral("io.github.quillstash.Quillstash");
 // A launch that only hands its file over must end about as fast as Qt starts.
 constexpr int quickLaunchMs = 2000;
-// The X11 target each pasteboard type is read back under.
-const std::map<QString, QString> targets{
-    {QStringLiteral("public.utf8-plain-text"), QStringLiteral("UTF8_STRING")},
-    {QStringLiteral("NSStringPboardType"), QStringLiteral("UTF8_STRING")},
-    {QStringLiteral("public.html"), QStringLiteral("text/html")},
-    {QStringLiteral("public.png"), QStringLiteral("image/png")},
-    {QStringLiteral("public.tiff"), QStringLiteral("image/tiff")},
-};
 
 Entry textEntry(const QString &text)
 {
@@ -103,7 +95,7 @@ TEST_F(DocumentsTest, secondLaunchHandsTheFileOverWhichSavesAndRestoresEveryForm
     };
     ASSERT_TRUE(startProgram());
     for (const auto &[type, data] : copied) {
-        ASSERT_TRUE(copy(data, type == QStringLiteral("public.utf8-plain-text") ? QString() : targets.at(type)));
+        ASSERT_TRUE(copy(data, type == QStringLiteral("public.utf8-plain-text") ? QString() : readBackTargets.at(type)));
         ASSERT_TRUE(waitForCaptures(int(captures().size()) + 1)) << type.toStdString() << " not captured";
     }
     // The history counts as changed from the tick after a capture.
@@ -164,7 +156,7 @@ TEST_F(DocumentsTest, secondLaunchHandsTheFileOverWhichSavesAndRestoresEveryForm
         controller.setGeneralPasteboard(entry);
         ASSERT_TRUE(waitForOwner());
         for (const QString &type : entry->types()) {
-            const QString target = targets.count(type) ? targets.at(type) : type;
+            const QString target = readBackTargets.count(type) ? readBackTargets.at(type) : type;
             EXPECT_EQ(read(target), entry->datas().value(type)) << type.toStdString();
         }
     }

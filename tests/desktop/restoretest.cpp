@@ -30,14 +30,6 @@ TEST_F(RestoreTest, everyFormatComesBackByteForByteAndIsNotCapturedAgain)
         {QStringLiteral("image/png"), smallPng()},
         {ownFormat, everyByte},
     };
-    // The X11 target each pasteboard type is offered under, when not its own name.
-    const std::map<QString, QString> targets{
-        {QStringLiteral("public.utf8-plain-text"), QStringLiteral("UTF8_STRING")},
-        {QStringLiteral("NSStringPboardType"), QStringLiteral("UTF8_STRING")},
-        {QStringLiteral("public.html"), QStringLiteral("text/html")},
-        {QStringLiteral("public.png"), QStringLiteral("image/png")},
-        {QStringLiteral("public.tiff"), QStringLiteral("image/tiff")},
-    };
 
     DesktopPlatform platform;
     const PlatformServices services = platform.services();
@@ -54,7 +46,7 @@ TEST_F(RestoreTest, everyFormatComesBackByteForByteAndIsNotCapturedAgain)
     controller.MainTimer();
     ASSERT_EQ(controller.nsac().allObjects().size(), 1) << "the tick did not capture the state";
     const Entry entry = controller.nsac().allObjects().first();
-    for (const auto &[type, target] : targets)
+    for (const auto &[type, target] : readBackTargets)
         ASSERT_TRUE(entry->types().contains(type)) << type.toStdString() << " not captured";
     ASSERT_TRUE(entry->types().contains(ownFormat));
 
@@ -68,7 +60,7 @@ TEST_F(RestoreTest, everyFormatComesBackByteForByteAndIsNotCapturedAgain)
     EXPECT_TRUE(offered.contains(QStringLiteral("quillstash.ignore"))) << listed->toStdString();
     for (const QString &type : entry->types()) {
         SCOPED_TRACE(type.toStdString());
-        const QString target = targets.count(type) ? targets.at(type) : type;
+        const QString target = readBackTargets.count(type) ? readBackTargets.at(type) : type;
         const QString format = target == QStringLiteral("UTF8_STRING") ? QStringLiteral("text/plain") : target;
         // A picture gains a TIFF of its own making: that comes back as captured.
         const QByteArray expected = formats.count(format) ? formats.at(format) : entry->datas().value(type);
