@@ -11,7 +11,8 @@
 // The backup file: a headerless run of records, one per entry, each three
 // blocks (the display string as a typedstream archive, the types and the
 // datas as XML property lists) behind 4-byte length words in this machine's
-// byte order. Files interchange with the program's Mac OS X ancestry.
+// byte order. Archives and property lists are written as Mac OS X writes them,
+// so files interchange with Mac OS X in both directions.
 class BackupFile
 {
 public:

@@ -34,9 +34,9 @@ QString documentsFolder()
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
-// The panels and the alert are modal; on the design's platform the tick does
-// not run inside them, while Qt's modal loops would go on firing it (and an
-// auto-save could write the file a Save As panel is about to replace).
+// The panels and the alert are modal, and Qt's modal loops go on firing the
+// tick's timer: the tick must not run inside them, or an auto-save could write
+// the file a Save As panel is about to replace.
 class TickPause
 {
 public:
