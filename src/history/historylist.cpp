@@ -94,18 +94,6 @@ void HistoryList::removeArrangedIf(Pred isGone)
     }
 }
 
-void HistoryList::setContent(const QList<Entry> &entries)
-{
-    beginResetModel();
-    m_all = entries;
-    rearrange();
-    const bool hadSelection = !m_selected.isEmpty();
-    m_selected.clear();
-    endResetModel();
-    if (hadSelection)
-        Q_EMIT selectionChanged();
-}
-
 void HistoryList::setFilterString(const QString &text)
 {
     if (text == m_filter)

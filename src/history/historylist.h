@@ -26,8 +26,6 @@ public:
     // Removes many entries in one pass (trimming a long history).
     void removeObjects(const QList<Entry> &entries);
     void removeObjectsAtArrangedObjectIndexes(qsizetype first, qsizetype count);
-    // Replaces the whole content (opening a backup file).
-    void setContent(const QList<Entry> &entries);
 
     // Entries pass when their contentOrig contains the text, ignoring case.
     // An empty text shows every entry.

@@ -22,7 +22,7 @@ public:
     // A null QByteArray when the type is absent or carries no data.
     virtual QByteArray dataForType(const QString &type) const = 0;
     // The data of the type as UTF-8 text; a null QString when there is none.
-    virtual QString stringForType(const QString &type) const = 0;
+    QString stringForType(const QString &type) const;
 
     // Replaces the state by the given types, all without data yet, and takes
     // the next change count, which it returns.

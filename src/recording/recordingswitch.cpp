@@ -50,7 +50,6 @@ void RecordingSwitch::checkAutoRecStatus()
         m_notices.messageGrowl(QStringLiteral("Quillstash"), QStringLiteral("Rec Stop"),
                                Notices::RecStopPasteboardNotification);
     }
-    Q_EMIT recordingAnnounced(m_automaticRec);
 }
 
 void RecordingSwitch::updateOnOffSign()

@@ -27,9 +27,6 @@ public:
     void checkAutoRecStatus();
     void updateOnOffSign();
 
-Q_SIGNALS:
-    void recordingAnnounced(bool on);
-
 private:
     ApplicationRegistries &m_registries;
     Notices &m_notices;

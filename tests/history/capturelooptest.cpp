@@ -49,7 +49,7 @@ TEST_F(CaptureLoopTest, OwnAndSecretWritesAreSkippedByTheTickButTakenByAManualCa
     EXPECT_EQ(nsac.arrangedCount(), 0);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        nsac.setContent({});
+        actions.removeAllObject();
         pasteboard.setState({{stringType, "pw"}, c.marker});
         tick();
         EXPECT_EQ(nsac.arrangedCount(), c.skipped ? 0 : 1);
@@ -108,7 +108,8 @@ TEST_F(CaptureLoopTest, TitleGainsStarAndTheDockBadgeTheCountTheTickAfterTheCoun
     capture.setMyPath(QStringLiteral("/home/me/notes/history.qs_backup"));
     tick();
     EXPECT_EQ(capture.title(), QStringLiteral("history.qs_backup"));
-    nsac.setContent({std::make_shared<contents>(), std::make_shared<contents>()});
+    nsac.addObject(std::make_shared<contents>());
+    nsac.addObject(std::make_shared<contents>());
     tick(2);
     EXPECT_EQ(capture.title(), QStringLiteral("history.qs_backup*"));
 }

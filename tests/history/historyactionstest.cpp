@@ -83,7 +83,7 @@ TEST_F(HistoryActionsTest, DoubleClickOpensTheDisplayStringWhenItIsAnAddress)
         {"urlTypeWithoutData", {url, {}}, shown, false},
     };
     for (const auto &c : cases) {
-        nsac.setContent({});
+        nsac.removeObjectsAtArrangedObjectIndexes(0, nsac.arrangedCount());
         const qsizetype before = workspace.opened().size();
         addEntry(c.text, QStringLiteral("0"), {c.item});
         nsac.setSelectionIndexes({0});

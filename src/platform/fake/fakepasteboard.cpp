@@ -18,12 +18,6 @@ void FakePasteboard::setText(const QString &text)
     setState({{QStringLiteral("public.utf8-plain-text"), utf8}, {QStringLiteral("NSStringPboardType"), utf8}});
 }
 
-QString FakePasteboard::stringForType(const QString &type) const
-{
-    const auto it = m_data.constFind(type);
-    return it == m_data.cend() ? QString() : QString::fromUtf8(*it);
-}
-
 int FakePasteboard::declareTypes(const QStringList &types)
 {
     m_types = types;

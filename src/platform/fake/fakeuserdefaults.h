@@ -10,12 +10,10 @@ public:
     QVariant objectForKey(const QString &key) const override { return m_values.value(key); }
     void setObject(const QVariant &value, const QString &key) override { m_values.insert(key, value); }
     void removeObjectForKey(const QString &key) override { m_values.remove(key); }
-    void synchronize() override { ++m_syncCount; }
+    void synchronize() override {}
 
     const QVariantMap &values() const { return m_values; }
-    int syncCount() const { return m_syncCount; }
 
 private:
     QVariantMap m_values;
-    int m_syncCount = 0;
 };

@@ -15,12 +15,6 @@ X11Pasteboard::X11Pasteboard(QObject *parent)
 
 X11Pasteboard::~X11Pasteboard() = default;
 
-QString X11Pasteboard::stringForType(const QString &type) const
-{
-    const auto it = m_data.constFind(type);
-    return it == m_data.cend() ? QString() : QString::fromUtf8(*it);
-}
-
 int X11Pasteboard::declareTypes(const QStringList &types)
 {
     auto *offered = new OfferedMimeData;

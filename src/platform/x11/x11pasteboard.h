@@ -24,7 +24,6 @@ public:
     int changeCount() const override { return m_changeCount; }
     QStringList types() const override { return m_types; }
     QByteArray dataForType(const QString &type) const override { return m_data.value(type); }
-    QString stringForType(const QString &type) const override;
 
     int declareTypes(const QStringList &types) override;
     bool setData(const QByteArray &data, const QString &type) override;
