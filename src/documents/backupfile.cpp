@@ -178,21 +178,21 @@ bool BackupFile::save(const QString &path, const QList<Entry> &entries)
     return true;
 }
 
-QList<Entry> BackupFile::openFile(const QString &path, qint32 &counter)
+std::optional<QList<Entry>> BackupFile::openFile(const QString &path, qint32 &counter)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         qCWarning(lcBackupFile) << "cannot read" << path << file.errorString();
-        return {};
+        return std::nullopt;
     }
     if (file.size() > largestReadableFile) {
         qCWarning(lcBackupFile) << "too large to be a backup file:" << path;
-        return {};
+        return std::nullopt;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         qCWarning(lcBackupFile) << "cannot read" << path << file.errorString();
-        return {};
+        return std::nullopt;
     }
     QList<Entry> entries = decode(bytes, counter, [](qint32 contentLength) {
         std::printf("cont_Data_size:%d\n", int(contentLength));

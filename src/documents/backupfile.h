@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 // The backup file: a headerless run of records, one per entry, each three
 // blocks (the display string as a typedstream archive, the types and the
@@ -31,6 +32,7 @@ public:
     // could not be written (the old one is then left whole).
     static bool save(const QString &path, const QList<Entry> &entries);
     // Reads the file, printing the debug line for each record on standard
-    // output; a file that cannot be read gives no entries.
-    static QList<Entry> openFile(const QString &path, qint32 &counter);
+    // output. Nothing when the file cannot be read at all; an empty or
+    // damaged file gives the entries of its complete records, maybe none.
+    static std::optional<QList<Entry>> openFile(const QString &path, qint32 &counter);
 };

@@ -189,13 +189,17 @@ void DocumentCommands::save(const QString &path)
 bool DocumentCommands::openFile(const QString &path)
 {
     qint32 counter = m_capture.getCounter();
-    const QList<Entry> entries = BackupFile::openFile(path, counter);
+    const std::optional<QList<Entry>> entries = BackupFile::openFile(path, counter);
     m_capture.setCounter(counter);
-    for (const Entry &entry : entries)
-        m_nsac.addObject(entry);
+    if (entries) {
+        for (const Entry &entry : *entries)
+            m_nsac.addObject(entry);
+    }
+    // The path becomes the document's even when it could not be read, so
+    // that the next Save writes the history there.
     m_capture.setMyPath(path);
     enableSaveAs();
-    return true;
+    return entries.has_value();
 }
 
 void DocumentCommands::readLastSavedDirectory()

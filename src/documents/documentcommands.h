@@ -35,6 +35,7 @@ public:
 
     // The file's bytes (BackupFile) plus what a save and a load do to the history.
     void save(const QString &path);
+    // False when the file could not be read at all; an empty file is read.
     bool openFile(const QString &path);
 
     const QString &lastSavedDirectory() const { return mLastSavedDirectory; }

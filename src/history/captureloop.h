@@ -25,7 +25,6 @@ class CaptureLoop : public QObject
 
 public:
     static constexpr int tickIntervalMs = 1000;
-    static inline const QString &ignoreType = PasteboardType::Ignore;
 
     CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
                 Dock &dock, Notices &notices, EventTimer &eventTimer,

@@ -11,7 +11,6 @@
 
 #include <array>
 #include <atomic>
-#include <optional>
 
 namespace {
 
@@ -47,16 +46,6 @@ void ensureContentsFont()
     QFont font(QStringLiteral("Lucida Grande"));
     font.setPointSizeF(contentsFontPointSize);
     contFont = font;
-}
-
-// An address the preview may load a picture from: it must parse strictly and
-// name a scheme, a bare word is not an address.
-std::optional<QUrl> addressOf(const QString &text)
-{
-    const QUrl url(text, QUrl::StrictMode);
-    if (!url.isValid() || url.scheme().isEmpty())
-        return std::nullopt;
-    return url;
 }
 
 QImage blankCanvas()
@@ -163,6 +152,14 @@ QImage contents::renderCanvasPreview() const
     }
     painter.end();
     return canvas;
+}
+
+std::optional<QUrl> contents::addressOf(const QString &text)
+{
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme().isEmpty())
+        return std::nullopt;
+    return url;
 }
 
 void contents::setImageLater(ImageFetcher *fetcher)

@@ -6,8 +6,10 @@
 #include <QImage>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 #include <memory>
+#include <optional>
 
 class ImageFetcher;
 
@@ -70,6 +72,11 @@ public:
     int imageAttempts() const { return iTryingToSetImageNum; }
 
     bool hasSameDataTo(const contents &other) const;
+
+    // The address an entry's text names, for loading its picture or opening
+    // it as a link: it must parse strictly and name a scheme, so that a bare
+    // word is not taken for an address.
+    static std::optional<QUrl> addressOf(const QString &text);
 
     static QFont contentsFont();
     static bool hasContentsFont();

@@ -13,21 +13,6 @@
 #include <QScopeGuard>
 #include <QUrl>
 
-#include <optional>
-
-namespace {
-
-
-std::optional<QUrl> addressOf(const QString &text)
-{
-    const QUrl url(text, QUrl::StrictMode);
-    if (!url.isValid() || url.scheme().isEmpty())
-        return std::nullopt;
-    return url;
-}
-
-} // namespace
-
 HistoryActions::HistoryActions(HistoryList &nsac, Pasteboard &pasteboard, CaptureLoop &capture,
                                Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
                                Workspace &workspace, QObject *parent)
@@ -50,9 +35,9 @@ void HistoryActions::setGeneralPasteboard(const Entry &entry)
     // An entry captured by hand from our own write already lists it: it is
     // declared once, last.
     QStringList types = entry->types();
-    types.removeAll(CaptureLoop::ignoreType);
+    types.removeAll(PasteboardType::Ignore);
     types = types.mid(0, maxRestoredTypes - 1);
-    types.append(CaptureLoop::ignoreType);
+    types.append(PasteboardType::Ignore);
     m_pasteboard.declareTypes(types);
 
     const contents::Datas &datas = entry->datas();
@@ -130,13 +115,13 @@ void HistoryActions::onDoubleClickTable()
 
     // In both cases the display string is what is opened, not the stored link.
     if (entry->types().contains(PasteboardType::String)) {
-        if (const std::optional<QUrl> url = addressOf(entry->content())) {
+        if (const std::optional<QUrl> url = contents::addressOf(entry->content())) {
             m_workspace.openURL(*url);
             return;
         }
     }
     if (entry->types().contains(PasteboardType::UrlPboard) && entry->datas().contains(PasteboardType::UrlPboard)) {
-        if (const std::optional<QUrl> url = addressOf(entry->content()))
+        if (const std::optional<QUrl> url = contents::addressOf(entry->content()))
             m_workspace.openURL(*url);
     }
 }

@@ -122,7 +122,7 @@ TEST_F(ControllerTest, restoredEntryIsNotCapturedAgainButTheScrollFollowsEachCap
 
     controller->paste();
     EXPECT_EQ(controller->nsac().arrangedCount(), 3);
-    EXPECT_TRUE(controller->nsac().arrangedObjects().last()->types().contains(CaptureLoop::ignoreType));
+    EXPECT_TRUE(controller->nsac().arrangedObjects().last()->types().contains(QStringLiteral("quillstash.ignore")));
 }
 
 } // namespace

@@ -327,7 +327,7 @@ TEST(BackupFile, SavingNothingLeavesTheFileAloneAndSavingReplacesItWholeWithAPri
 
     qint32 counter = 0;
     ::testing::internal::CaptureStdout();
-    const QList<Entry> loaded = BackupFile::openFile(path, counter);
+    const QList<Entry> loaded = BackupFile::openFile(path, counter).value_or(QList<Entry>());
     const std::string printed = ::testing::internal::GetCapturedStdout();
     EXPECT_EQ(loaded.size(), 2);
     EXPECT_EQ(printed, QStringLiteral("cont_Data_size:%1\ncont_Data_size:%2\ncont_Data_size:%2\n")

@@ -1,5 +1,7 @@
 #include "platform/x11/clipboardreader.h"
 
+#include "platform/pasteboardtype.h"
+
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QtGui/qguiapplication_platform.h>
@@ -204,7 +206,7 @@ void ClipboardReader::Worker::readState(const OwnerChange &change)
     for (qsizetype i = 0; i + 4 <= targetList.size(); i += 4)
         atoms.append(*reinterpret_cast<const uint32_t *>(targetList.constData() + i));
     const QStringList offered = atomNames(atoms);
-    if (offered.contains(PasteboardTypes::ownWriteMarker)) {
+    if (offered.contains(PasteboardType::Ignore)) {
         qCDebug(lcPasteboard) << "the program's own state, not read";
         return;
     }

@@ -99,8 +99,6 @@ QByteArray tiffFromFirstPicture(const QStringList &formats, const QHash<QString,
 
 } // namespace
 
-const QString &PasteboardTypes::ownWriteMarker = PasteboardType::Ignore;
-
 QStringList PasteboardTypes::targetsToRead(const QStringList &offered)
 {
     QString bestText;

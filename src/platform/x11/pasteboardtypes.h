@@ -36,6 +36,4 @@ public:
                                                   const QHash<QString, QByteArray> &read);
     // The format under which a type of the program's own is offered.
     static QString formatForType(const QString &type);
-
-    static const QString &ownWriteMarker;
 };
