@@ -19,7 +19,7 @@ run: build
 	$(BUILD_DIR)/quillstash
 
 test: build
-	@BUILD_DIR=$(abspath $(BUILD_DIR)) scripts/run-tests.sh
+	@BUILD_DIR=$(abspath $(BUILD_DIR)) scripts/run-tests.sh; status=$$?; scripts/test-ratio.sh; exit $$status
 
 clean:
 	rm -rf $(BUILD_DIR)
