@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/x11/pasteboardtypes.h"
+#include "platform/x11/selectionreader.h"
 
 #include <QList>
 #include <QLoggingCategory>
@@ -12,13 +13,14 @@
 Q_DECLARE_LOGGING_CATEGORY(lcPasteboard)
 
 // Reads every new state of the CLIPBOARD selection on a worker thread with an
-// X connection of its own, so that an owner that answers slowly or never
-// cannot stall the window. Does nothing off X11 (e.g. offscreen).
+// X connection of its own (SelectionReader), so that an owner that answers
+// slowly or never cannot stall the window. It reads the display the
+// application runs on; off X11 (e.g. offscreen) it does nothing.
 class ClipboardReader : public QObject
 {
     Q_OBJECT
 public:
-    explicit ClipboardReader(QObject *parent = nullptr);
+    explicit ClipboardReader(QObject *parent = nullptr, const SelectionReader::Limits &limits = {});
     ~ClipboardReader() override;
     ClipboardReader(const ClipboardReader &) = delete;
     ClipboardReader &operator=(const ClipboardReader &) = delete;
@@ -35,13 +37,11 @@ Q_SIGNALS:
     void snapshotRead(const QList<PasteboardItem> &items, bool fromThisProgram);
 
 private:
-    class Worker;
-
     void deliver(const QList<PasteboardItem> &items, quint32 owner, quint64 generation);
 
     std::atomic<quint64> m_generation{0};
     // The window through which Qt owns the clipboard; learnt at the first
     // own write, since Qt does not publish it.
     quint32 m_qtOwner = 0;
-    std::unique_ptr<Worker> m_worker;
+    std::unique_ptr<SelectionReader> m_worker;
 };
