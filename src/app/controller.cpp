@@ -1,5 +1,7 @@
 #include "app/controller.h"
 
+#include "app/ticktimer.h"
+
 #include "documents/documentcommands.h"
 #include "history/captureloop.h"
 #include "history/historyactions.h"
@@ -9,7 +11,6 @@
 #include "recording/recordingswitch.h"
 #include "settings/applicationregistries.h"
 
-#include <QTimer>
 
 namespace {
 Controller *gController = nullptr;
@@ -56,13 +57,8 @@ void Controller::applicationDidFinishLaunching()
     m_recording->setAutomaticRec(m_registries.isRecAtStartup());
     m_capture->setCounter(0);
     m_capture->setEStatus(0);
-    mTimer = new QTimer(this);
-    mTimer->setInterval(CaptureLoop::tickIntervalMs);
-    // A coarse timer may fire a few milliseconds early; two captures on
-    // consecutive ticks would then fall inside the one-second repeat filter of
-    // the notices and the second "Add to Table" would be dropped.
-    mTimer->setTimerType(Qt::PreciseTimer);
-    connect(mTimer, &QTimer::timeout, this, &Controller::MainTimer);
+    mTimer = new TickTimer(
+        m_services.clock, [this] { MainTimer(); }, [this] { return m_notices->lastSentAt(); }, this);
     mTimer->start();
     m_notices->setUp();
     m_documents->readLastSavedDirectory();

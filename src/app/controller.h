@@ -14,8 +14,8 @@ class EventTimer;
 class HistoryActions;
 class HistoryList;
 class Notices;
-class QTimer;
 class RecordingSwitch;
+class TickTimer;
 
 // The application's one controller. The commands of menus, hot keys and the
 // history table are its methods; each forwards to the object of the folder
@@ -84,5 +84,5 @@ private:
     CaptureLoop *m_capture;
     HistoryActions *m_actions;
     DocumentCommands *m_documents;
-    QTimer *mTimer = nullptr;
+    TickTimer *mTimer = nullptr;
 };

@@ -24,7 +24,6 @@ class CaptureLoop : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int tickIntervalMs = 1000;
 
     CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
                 Dock &dock, Notices &notices, EventTimer &eventTimer,

@@ -34,6 +34,7 @@ void Notices::messageGrowl(const QString &title, const QString &desc, const QStr
         return;
     now = m_clock.GetTickCount();
     str = title;
+    m_anySent = true;
 
     if (m_loaded)
         m_service.notify(title, desc, notify, priority, false);

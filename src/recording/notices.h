@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 class ApplicationRegistries;
 class Clock;
 class Dock;
@@ -29,6 +31,9 @@ public:
     void setUp();
     bool isLoaded() const { return m_loaded; }
     void messageGrowl(const QString &title, const QString &desc, const QString &notify);
+    // When the last notice went out (passed the repeat filter), on the clock's
+    // milliseconds; nothing before the first.
+    std::optional<quint32> lastSentAt() const { return m_anySent ? std::optional<quint32>(now) : std::nullopt; }
 
 private:
     NoticeService &m_service;
@@ -36,6 +41,7 @@ private:
     Dock &m_dock;
     ApplicationRegistries &m_registries;
     bool m_loaded = false;
+    bool m_anySent = false;
     quint32 now = 0;
     QString str;
 };

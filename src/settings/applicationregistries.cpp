@@ -76,7 +76,9 @@ void ApplicationRegistries::readRegistry()
     readBoolRegOrDefault(QStringLiteral("autosave"), mbAutoSave, false);
     readBoolRegOrDefault(QStringLiteral("autoremove"), mbAutoRemove, true);
     readIntegerRegOrDefault(QStringLiteral("limitnumber"), miLimitNumber, 60);
-    readBoolRegOrDefault(QStringLiteral("soundenable"), mbSoundEnable, true);
+    bool soundEnable = true;
+    readBoolRegOrDefault(QStringLiteral("soundenable"), soundEnable, true);
+    mbSoundEnable = soundEnable;
     readBoolRegOrDefault(QStringLiteral("autolaunch"), mbAutoLaunch, false);
     readBoolRegOrDefault(QStringLiteral("iconbounce"), mbIconBounce, true);
     readBoolRegOrDefault(QStringLiteral("autorec"), mbAutoRec, true);
@@ -102,7 +104,7 @@ void ApplicationRegistries::writeRegistry()
     m_defaults.setBool(mbAutoSave, QStringLiteral("autosave"));
     m_defaults.setBool(mbAutoRemove, QStringLiteral("autoremove"));
     m_defaults.setInteger(miLimitNumber, QStringLiteral("limitnumber"));
-    m_defaults.setBool(mbSoundEnable, QStringLiteral("soundenable"));
+    m_defaults.setBool(mbSoundEnable.load(), QStringLiteral("soundenable"));
     m_defaults.setBool(mbAutoLaunch, QStringLiteral("autolaunch"));
     m_defaults.setBool(mbIconBounce, QStringLiteral("iconbounce"));
     m_defaults.setBool(mbAutoRec, QStringLiteral("autorec"));

@@ -4,6 +4,7 @@
 #include <QUrl>
 
 #include <array>
+#include <atomic>
 
 class LoginItems;
 class UserDefaults;
@@ -71,7 +72,8 @@ private:
 
     bool mbAutoSave = false;
     bool mbAutoRemove = false;
-    bool mbSoundEnable = false;
+    // Read by each sound's own thread while the preferences may change it.
+    std::atomic<bool> mbSoundEnable{false};
     bool mbAutoLaunch = false;
     bool mbIconBounce = false;
     bool mbAutoRec = false;
