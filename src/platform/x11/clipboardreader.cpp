@@ -41,12 +41,13 @@ ClipboardReader::ClipboardReader(QObject *parent, const SelectionReader::Limits 
     }
     const QByteArray displayName(XDisplayString(display));
     m_worker = std::make_unique<SelectionReader>(
-        displayName, limits, m_generation,
-        [this](const QList<PasteboardItem> &items, quint32 owner, quint64 generation) {
-            // Queued to the GUI thread; the worker is joined before this
-            // object goes, and a call still queued then is dropped with it.
-            QMetaObject::invokeMethod(
-                this, [this, items, owner, generation] { deliver(items, owner, generation); }, Qt::QueuedConnection);
+        displayName, limits, m_generation, [this](const QList<PasteboardItem> &items, quint32 owner, quint64 generation) {
+            {
+                const std::lock_guard lock(m_latestMutex);
+                m_latest = Snapshot{items, owner, generation};
+            }
+            // By name, so that Qt alone makes and frees the queued call.
+            QMetaObject::invokeMethod(this, "takeLatest", Qt::QueuedConnection);
         });
 }
 
@@ -73,11 +74,18 @@ void ClipboardReader::noteOwnWrite()
         m_qtOwner = owner->owner;
 }
 
-void ClipboardReader::deliver(const QList<PasteboardItem> &items, quint32 owner, quint64 generation)
+void ClipboardReader::takeLatest()
 {
-    if (generation != m_generation.load()) {
+    std::optional<Snapshot> latest;
+    {
+        const std::lock_guard lock(m_latestMutex);
+        latest.swap(m_latest);
+    }
+    if (!latest)
+        return; // taken by an earlier call
+    if (latest->generation != m_generation.load()) {
         qCDebug(lcPasteboard) << "dropped a state read before the program's own";
         return;
     }
-    Q_EMIT snapshotRead(items, owner != XCB_NONE && owner == m_qtOwner);
+    Q_EMIT snapshotRead(latest->items, latest->owner != XCB_NONE && latest->owner == m_qtOwner);
 }

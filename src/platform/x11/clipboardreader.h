@@ -9,6 +9,8 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
+#include <optional>
 
 Q_DECLARE_LOGGING_CATEGORY(lcPasteboard)
 
@@ -37,9 +39,22 @@ Q_SIGNALS:
     void snapshotRead(const QList<PasteboardItem> &items, bool fromThisProgram);
 
 private:
-    void deliver(const QList<PasteboardItem> &items, quint32 owner, quint64 generation);
+    struct Snapshot
+    {
+        QList<PasteboardItem> items;
+        quint32 owner = 0;
+        quint64 generation = 0;
+    };
+
+    // On the GUI thread: publishes the latest state the worker read. States
+    // read in a burst replace one another, since only the last one is current.
+    Q_INVOKABLE void takeLatest();
 
     std::atomic<quint64> m_generation{0};
+    // Handed from the worker to the GUI thread under a lock of the standard
+    // library, so that the hand-over is plain to see for thread checkers too.
+    std::mutex m_latestMutex;
+    std::optional<Snapshot> m_latest;
     // The window through which Qt owns the clipboard; learnt at the first
     // own write, since Qt does not publish it.
     quint32 m_qtOwner = 0;
