@@ -1,0 +1,87 @@
+#include "desktop/desktoptest.h"
+
+#include "support/scriptedowner.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <iostream>
+
+namespace {
+
+using Answer = ScriptedOwner::Answer;
+
+const QString added = QStringLiteral("Add to Table");
+const QStringList textTypes{QStringLiteral("public.utf8-plain-text"), QStringLiteral("NSStringPboardType")};
+// How long the program lets an owner stay silent, for all its formats.
+constexpr int ownerTimeoutMs = 5000;
+
+} // namespace
+
+using ReaderTest = DesktopTest;
+
+// An owner that lists its formats and then answers none of them gets one
+// allowance of silence for them all; the tick runs on meanwhile, and the
+// next copy is captured at the next tick.
+TEST_F(ReaderTest, ownerThatHangsOnEveryFormatHoldsUpNeitherTheTickNorTheNextCopy)
+{
+    ASSERT_TRUE(startProgram());
+    ScriptedOwner hung({{"UTF8_STRING", Answer::Silent},
+                        {"text/html", Answer::Silent},
+                        {"image/png", Answer::Silent},
+                        {"application/x-silent", Answer::Silent}});
+    ASSERT_TRUE(hung.isOwner());
+    const qsizetype ticksBefore = ticks().size();
+    ASSERT_TRUE(waitForMoreTicks(ownerTimeoutMs / tickMs + 2, ownerTimeoutMs + twoTicksMs));
+    const QList<qint64> watched = ticks().mid(ticksBefore - 1);
+    for (qsizetype i = 1; i < watched.size(); ++i)
+        EXPECT_LT(watched[i] - watched[i - 1], 1500) << "the tick stalled";
+    EXPECT_EQ(hung.requests("text/html"), 0) << "the reader went on asking after the first silence";
+    EXPECT_TRUE(captures().isEmpty());
+
+    ASSERT_TRUE(copy("copied after the hung owner"));
+    ASSERT_TRUE(waitForCaptures(1)) << "the copy waited for the hung owner";
+    EXPECT_EQ(captures(), QList<QStringList>{textTypes});
+    quitProgram();
+}
+
+// An owner that answers its text and hangs on its other formats is captured
+// with its text once its one allowance of silence is spent, not one
+// allowance per silent format.
+TEST_F(ReaderTest, partlyHungOwnerIsCapturedWithWhatItAnsweredAfterOneTimeOut)
+{
+    ASSERT_TRUE(startProgram());
+    QElapsedTimer clock;
+    clock.start();
+    ScriptedOwner owner({{"UTF8_STRING", Answer::Data, "answered before the silence"},
+                         {"text/html", Answer::Silent},
+                         {"text/rtf", Answer::Silent},
+                         {"application/x-silent", Answer::Silent}});
+    ASSERT_TRUE(owner.isOwner());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !captures().isEmpty(); }, ownerTimeoutMs + twoTicksMs))
+        << "not captured one time-out and a tick after the copy";
+    std::cout << "partly hung owner captured after " << clock.elapsed() << " ms" << std::endl;
+    EXPECT_EQ(captures(), QList<QStringList>{textTypes});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticesTitled(added).isEmpty(); }, tickMs));
+    EXPECT_EQ(noticesTitled(added).first().body, QStringLiteral("answered before the silence"));
+    quitProgram();
+}
+
+// Copies that land on consecutive ticks are each announced: the repeat
+// filter drops a same-titled notice within 999 ms.
+TEST_F(ReaderTest, capturesOnConsecutiveTicksEachPostTheirNotice)
+{
+    constexpr int copies = 8;
+    ASSERT_TRUE(startProgram());
+    for (int i = 0; i < copies; ++i) {
+        ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs));
+        ASSERT_TRUE(copy("copy before tick " + QByteArray::number(i)));
+    }
+    ASSERT_TRUE(waitForCaptures(copies));
+    ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs));
+    QStringList bodies;
+    for (const NotificationServer::Notice &notice : noticesTitled(added))
+        bodies.append(notice.body);
+    EXPECT_EQ(bodies.size(), copies) << bodies.join(u'\n').toStdString();
+    quitProgram();
+}
