@@ -90,21 +90,14 @@ void CaptureLoop::MainTimer()
             if (c > m_registries.limitNumber()) {
                 // One stable sort in intSort's order serves every removal of
                 // this tick: nothing else changes the list meanwhile, so its
-                // first entries are the first smallest in turn. The numbers
-                // are read once rather than at every comparison, and the
-                // entries go in one pass, so that a limit lowered under a
-                // long history does not stall the tick.
-                QList<std::pair<int, Entry>> oldestFirst;
-                oldestFirst.reserve(c);
-                for (const Entry &entry : m_nsac.arrangedObjects())
-                    oldestFirst.append({intValue(entry->indexCount()), entry});
+                // first entries are the first smallest in turn. The entries
+                // go in one pass, so that a limit lowered under a long
+                // history does not stall the tick.
+                QList<Entry> oldestFirst = m_nsac.arrangedObjects();
                 std::stable_sort(oldestFirst.begin(), oldestFirst.end(),
-                                 [](const auto &a, const auto &b) { return a.first < b.first; });
-                QList<Entry> removed;
-                for (auto oldest = oldestFirst.cbegin();
-                     c > m_registries.limitNumber() && oldest != oldestFirst.cend(); ++oldest, --c)
-                    removed.append(oldest->second);
-                m_nsac.removeObjects(removed);
+                                 [](const Entry &a, const Entry &b) { return intSort(*a, *b) < 0; });
+                oldestFirst.resize(c - std::max<qsizetype>(m_registries.limitNumber(), 0));
+                m_nsac.removeObjects(oldestFirst);
             }
         }
 

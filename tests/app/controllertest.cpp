@@ -1,21 +1,16 @@
 #include "app/controller.h"
 #include "history/captureloop.h"
 #include "history/historylist.h"
-#include "platform/fake/fakeclock.h"
-#include "platform/fake/fakedock.h"
 #include "platform/fake/fakeimagefetcher.h"
-#include "platform/fake/fakeloginitems.h"
-#include "platform/fake/fakenoticeservice.h"
 #include "platform/fake/fakepanels.h"
 #include "platform/fake/fakepasteboard.h"
-#include "platform/fake/fakesoundplayer.h"
-#include "platform/fake/fakeuserdefaults.h"
 #include "platform/fake/fakeworkspace.h"
 #include "recording/eventtimer.h"
-#include "recording/recordingswitch.h"
-#include "settings/applicationregistries.h"
+#include "support/recordingrig.h"
 
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -23,64 +18,66 @@
 
 namespace {
 
-// The controller wired to fakes, as the program wires it to the desktop.
-class ControllerTest : public ::testing::Test
+// The controller wired to fakes, as the program wires it to the desktop. The
+// rig's own notices and recording switch stay unused.
+class ControllerTest : public ::testing::Test, protected RecordingRig
 {
 protected:
     void launch()
     {
-        registries = std::make_unique<ApplicationRegistries>(defaults, loginItems, app);
-        controller = std::make_unique<Controller>(
-            PlatformServices{pasteboard, defaults, loginItems, noticeService, soundPlayer, dock, clock, workspace,
-                             panels, &fetcher, app},
-            *registries);
+        store = std::make_unique<ApplicationRegistries>(defaults, loginItems, app);
+        controller = std::make_unique<Controller>(PlatformServices{pasteboard, defaults, loginItems, noticeService,
+                                                                   soundPlayer, dock, clock, workspace, panels,
+                                                                   &fetcher, app},
+                                                  *store);
         controller->applicationDidFinishLaunching();
     }
-
-    QStringList sounds()
+    QStringList played()
     {
         controller->eventTimer().waitForIdle();
-        // Each sound plays on a thread of its own: their order is not fixed.
-        QStringList played = soundPlayer.played();
-        played.sort();
-        return played;
+        return sounds();
     }
 
     const QUrl app = QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"));
     FakePasteboard pasteboard;
-    FakeUserDefaults defaults;
-    FakeLoginItems loginItems;
-    FakeNoticeService noticeService;
-    FakeSoundPlayer soundPlayer;
-    FakeDock dock;
-    FakeClock clock;
     FakeWorkspace workspace;
     FakePanels panels;
     FakeImageFetcher fetcher;
-    std::unique_ptr<ApplicationRegistries> registries;
+    std::unique_ptr<ApplicationRegistries> store;
     std::unique_ptr<Controller> controller;
 };
 
-TEST_F(ControllerTest, launchRecordsAndAnnouncesAndCapturesWhatIsAlreadyThere)
+TEST_F(ControllerTest, LaunchRecordsAnnouncesAndCapturesWhatIsAlreadyThereButNotItsOwnRestore)
 {
     pasteboard.setText(QStringLiteral("copied before launch"));
     launch();
     EXPECT_EQ(controller->statusString(), QStringLiteral("Idle"));
     EXPECT_TRUE(controller->IsClean());
     EXPECT_EQ(Controller::controller(), controller.get());
+    QSignalSpy scrolled(&controller->capture(), &CaptureLoop::scrollBottomRequested);
 
     controller->MainTimer();
     ASSERT_EQ(controller->nsac().arrangedCount(), 1);
     EXPECT_EQ(controller->nsac().arrangedObjects().first()->content(), QStringLiteral("copied before launch"));
     EXPECT_EQ(noticeService.titles(), (QStringList{QStringLiteral("Quillstash"), QStringLiteral("Add to Table")}));
-    EXPECT_EQ(sounds(), (QStringList{QStringLiteral("Hero"), QStringLiteral("Pop")}));
-
+    EXPECT_EQ(played(), (QStringList{QStringLiteral("Hero"), QStringLiteral("Pop")}));
+    pasteboard.setText(QStringLiteral("second"));
     controller->MainTimer();
     EXPECT_FALSE(controller->IsClean());
     EXPECT_EQ(dock.badgeLabel(), QStringLiteral("1"));
+    EXPECT_EQ(scrolled.count(), 2);
+
+    controller->nsac().setSelectionIndexes({0});
+    controller->changePasteBoard();
+    EXPECT_EQ(pasteboard.stringForType(QStringLiteral("NSStringPboardType")), QStringLiteral("copied before launch"));
+    controller->MainTimer();
+    EXPECT_EQ(controller->nsac().arrangedCount(), 2);
+    controller->paste();
+    ASSERT_EQ(controller->nsac().arrangedCount(), 3);
+    EXPECT_TRUE(controller->nsac().arrangedObjects().last()->types().contains(QStringLiteral("quillstash.ignore")));
 }
 
-TEST_F(ControllerTest, recordingOffAtStartupCapturesNothing)
+TEST_F(ControllerTest, RecordingOffAtStartupCapturesNothing)
 {
     defaults.setObject(false, QStringLiteral("recatstartup"));
     launch();
@@ -90,39 +87,27 @@ TEST_F(ControllerTest, recordingOffAtStartupCapturesNothing)
     EXPECT_TRUE(noticeService.sent().isEmpty());
 }
 
-TEST_F(ControllerTest, soundsFollowThePreferenceAtTheMomentTheyPlay)
+// Sounds ask the preference at the moment they play; the tick drives auto-save.
+TEST_F(ControllerTest, SoundsFollowThePreferenceAndTheTickSavesAutomatically)
 {
+    QTemporaryDir dir;
     defaults.setObject(false, QStringLiteral("soundenable"));
+    defaults.setObject(true, QStringLiteral("autosave"));
     launch();
+    controller->capture().setMyPath(dir.filePath(QStringLiteral("auto.qs_backup")));
     pasteboard.setText(QStringLiteral("quiet"));
     controller->MainTimer();
-    EXPECT_TRUE(sounds().isEmpty());
+    EXPECT_TRUE(played().isEmpty());
 
-    registries->setSoundEnable(true);
+    store->setSoundEnable(true);
     pasteboard.setText(QStringLiteral("loud"));
     controller->MainTimer();
-    EXPECT_EQ(sounds(), QStringList{QStringLiteral("Pop")});
-}
-
-TEST_F(ControllerTest, restoredEntryIsNotCapturedAgainButTheScrollFollowsEachCapture)
-{
-    launch();
-    QSignalSpy scrolled(&controller->capture(), &CaptureLoop::scrollBottomRequested);
-    pasteboard.setText(QStringLiteral("first"));
+    EXPECT_EQ(played(), QStringList{QStringLiteral("Pop")});
+    for (int i = 2; i < 100; ++i)
+        controller->MainTimer();
+    EXPECT_FALSE(QFile::exists(controller->capture().myPath()));
     controller->MainTimer();
-    pasteboard.setText(QStringLiteral("second"));
-    controller->MainTimer();
-    EXPECT_EQ(scrolled.count(), 2);
-
-    controller->nsac().setSelectionIndexes({0});
-    controller->changePasteBoard();
-    EXPECT_EQ(pasteboard.stringForType(QStringLiteral("NSStringPboardType")), QStringLiteral("first"));
-    controller->MainTimer();
-    EXPECT_EQ(controller->nsac().arrangedCount(), 2);
-
-    controller->paste();
-    EXPECT_EQ(controller->nsac().arrangedCount(), 3);
-    EXPECT_TRUE(controller->nsac().arrangedObjects().last()->types().contains(QStringLiteral("quillstash.ignore")));
+    EXPECT_TRUE(QFile::exists(controller->capture().myPath()));
 }
 
 } // namespace

@@ -1,22 +1,13 @@
 #include "documents/backupfile.h"
 #include "documents/documentcommands.h"
-#include "history/captureloop.h"
-#include "history/historyactions.h"
-#include "history/historylist.h"
-#include "platform/fake/fakeimagefetcher.h"
+#include "history/historyfixture.h"
 #include "platform/fake/fakepanels.h"
-#include "platform/fake/fakepasteboard.h"
-#include "platform/fake/fakeworkspace.h"
-#include "support/recordingrig.h"
 
 #include <QDate>
 #include <QDir>
-#include <QFile>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -24,103 +15,82 @@ namespace {
 
 const QString untitled = u"untitled%1.qs_backup"_s.arg(QDate::currentDate().toString(u"yyyy_MM_dd"_s));
 
-// The document commands over the history objects the controller wires, with
-// fakes for the desktop and real files in a temporary folder.
-class DocumentCommandsTest : public ::testing::Test, protected RecordingRig
+// The document commands over the history objects, with real files in a
+// temporary folder.
+class DocumentCommandsTest : public HistoryFixture
 {
 protected:
-    DocumentCommandsTest()
-    {
-        QObject::connect(&capture, &CaptureLoop::autoSaveDue, &docs, &DocumentCommands::autoSave);
-    }
+    DocumentCommandsTest() { QObject::connect(&capture, &CaptureLoop::autoSaveDue, &docs, &DocumentCommands::autoSave); }
 
     QString path(const QString &name) const { return dir.filePath(name); }
-    static QList<Entry> entries(const QStringList &texts)
-    {
-        QList<Entry> list;
-        for (const QString &text : texts) {
-            list.append(std::make_shared<contents>());
-            list.last()->setContent(text);
-        }
-        return list;
-    }
-    using Field = const QString &(contents::*)() const;
-    static QStringList texts(const QList<Entry> &entries, Field field = &contents::content)
-    {
-        QStringList values;
-        for (const Entry &entry : entries)
-            values.append(((*entry).*field)());
-        return values;
-    }
     void add(const QStringList &texts)
     {
-        for (const Entry &entry : entries(texts))
-            nsac.addObject(entry);
+        for (const QString &text : texts)
+            addEntry(text);
+    }
+    static bool writeFile(const QString &file, const QStringList &texts)
+    {
+        QList<Entry> entries;
+        for (const QString &text : texts)
+            entries.append(textEntry(text));
+        return BackupFile::save(file, entries);
     }
     // The display strings stored in a backup file.
     static QStringList fileTexts(const QString &file)
     {
-        QFile in(file);
         qint32 counter = 0;
-        return texts(BackupFile::decode(in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray(), counter));
-    }
-    void tick(int count = 1)
-    {
-        for (int i = 0; i < count; ++i) {
-            capture.MainTimer();
-            clock.advance(CaptureLoop::tickIntervalMs);
-        }
+        return texts(BackupFile::decode(readAll(file), counter));
     }
 
     QTemporaryDir dir;
-    FakePasteboard pasteboard;
-    FakeImageFetcher fetcher;
-    FakeWorkspace workspace;
     FakePanels panels;
-    HistoryList nsac;
-    CaptureLoop capture{nsac, pasteboard, registries, dock, notices, eventTimer, recording, &fetcher};
-    HistoryActions actions{nsac, pasteboard, capture, notices, eventTimer, recording, workspace};
     DocumentCommands docs{nsac, capture, actions, notices, registries, defaults, panels};
 };
 
 TEST_F(DocumentCommandsTest, saveWritesEveryEntryBehindTheFilterAndSaveAsOnlyTheVisibleOnes)
 {
-    add({u"apple"_s, u"banana"_s, u"cherry"_s});
-    nsac.setFilterString(u"AN"_s);
+    const QStringList all{u"apple"_s, u"banana"_s, u"cherry"_s};
+    add(all);
     capture.setMyPath(path(u"all.qs_backup"_s));
-    capture.setEStatus(1);
-    docs.saveAllObject();
-    EXPECT_EQ(fileTexts(path(u"all.qs_backup"_s)), (QStringList{u"apple"_s, u"banana"_s, u"cherry"_s}));
-    EXPECT_EQ(texts(nsac.arrangedObjects()), QStringList{u"banana"_s});
-    EXPECT_EQ(capture.eStatus(), 0);
-    EXPECT_TRUE(panels.panels().isEmpty());
-    // A write that fails still calls the history clean.
+    // Even a filter that hides every entry: Save writes them all and leaves the filter on.
+    for (const QString &filter : {u"AN"_s, u"zzz"_s}) {
+        QFile::remove(path(u"all.qs_backup"_s));
+        nsac.setFilterString(filter);
+        capture.setEStatus(1);
+        docs.saveAllObject();
+        EXPECT_EQ(fileTexts(path(u"all.qs_backup"_s)), all) << filter.toStdString();
+        EXPECT_EQ(nsac.filterString(), filter);
+        EXPECT_EQ(capture.eStatus(), 0);
+    }
+    EXPECT_EQ(arranged(), QStringList());
+    EXPECT_TRUE(panels.panels().isEmpty() && panels.alerts().isEmpty());
+    // A write that fails still calls the history clean, and says so in the log.
     capture.setMyPath(path(u"missing/folder.qs_backup"_s));
     capture.setEStatus(1);
     docs.saveAllObject();
     EXPECT_EQ(capture.eStatus(), 0);
+    EXPECT_TRUE(!logged.isEmpty() && logged.last().startsWith(u"quillstash.documents: history marked as saved although"_s))
+        << logged.join(u'\n').toStdString();
+    logged.clear();
 
-    panels.confirmNext(path(u"visible.qs_backup"_s), dir.path());
-    capture.setEStatus(1);
-    docs.saveas();
-    EXPECT_EQ(fileTexts(path(u"visible.qs_backup"_s)), QStringList{u"banana"_s});
-    EXPECT_EQ(nsac.filterString(), u"AN"_s);
-    EXPECT_EQ(capture.eStatus(), 0);
-
-    // A filter that hides everything: Save As writes nothing, yet calls the history clean.
-    nsac.setFilterString(u"zzz"_s);
-    panels.confirmNext(path(u"none.qs_backup"_s), dir.path());
-    capture.setEStatus(1);
-    docs.saveas();
-    EXPECT_FALSE(QFile::exists(path(u"none.qs_backup"_s)));
-    EXPECT_EQ(capture.eStatus(), 0);
+    // Save As writes the visible entries only, and with none visible writes
+    // nothing, yet calls the history clean either way.
+    for (const QString &filter : {u"AN"_s, u"zzz"_s}) {
+        nsac.setFilterString(filter);
+        panels.confirmNext(path(filter), dir.path());
+        capture.setEStatus(1);
+        docs.saveas();
+        EXPECT_EQ(capture.eStatus(), 0);
+    }
+    EXPECT_EQ(fileTexts(path(u"AN"_s)), QStringList{u"banana"_s});
+    EXPECT_FALSE(QFile::exists(path(u"zzz"_s)));
     EXPECT_TRUE(panels.alerts().isEmpty());
 }
 
 TEST_F(DocumentCommandsTest, saveOfAnEmptyHistoryAlertsWithoutPanelAndLeavesTheFile)
 {
     const QString file = path(u"kept.qs_backup"_s);
-    ASSERT_TRUE(BackupFile::save(file, entries({u"old"_s})));
+    ASSERT_TRUE(writeFile(file, {u"old"_s}));
     for (const QString &current : {QString(), file}) {
         capture.setMyPath(current);
         capture.setEStatus(1);
@@ -156,8 +126,6 @@ TEST_F(DocumentCommandsTest, saveAppendsTheExtensionUnlessExactlyThereAndSaveAsN
 
 TEST_F(DocumentCommandsTest, panelsOfferTheirFoldersAndNamesAndCancelledOnesChangeNothingButSaveAs)
 {
-    const QString home = QDir::homePath();
-    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     add({u"text"_s});
     capture.setEStatus(1);
     docs.saveas();
@@ -183,6 +151,7 @@ TEST_F(DocumentCommandsTest, panelsOfferTheirFoldersAndNamesAndCancelledOnesChan
     QStringList asked;
     for (const FakePanels::PanelRequest &request : panels.panels())
         asked.append(request.directory + u" | "_s + request.suggestedName);
+    const QString home = QDir::homePath(), documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     const QString yours = u" | yourPasteboard.qs_backup"_s, inDir = dir.path() + u" | "_s + untitled;
     EXPECT_EQ(asked, (QStringList{home + u" | "_s + untitled, home + yours, documents + u" | "_s + untitled,
                                   current + u" | current.qs_backup"_s, inDir, inDir, dir.path() + yours}));
@@ -191,14 +160,14 @@ TEST_F(DocumentCommandsTest, panelsOfferTheirFoldersAndNamesAndCancelledOnesChan
 TEST_F(DocumentCommandsTest, openReplacesADirtyHistoryNumberedFromZero)
 {
     const QString file = path(u"in.qs_backup"_s);
-    ASSERT_TRUE(BackupFile::save(file, entries({u"one"_s, u"two"_s, u"three"_s})));
+    ASSERT_TRUE(writeFile(file, {u"one"_s, u"two"_s, u"three"_s}));
     capture.setCounter(5);
     add({u"five"_s, u"six"_s});
     capture.setEStatus(1);
     panels.confirmNext(file, dir.path());
     docs.open();
-    EXPECT_EQ(texts(nsac.arrangedObjects()), (QStringList{u"one"_s, u"two"_s, u"three"_s}));
-    EXPECT_EQ(texts(nsac.arrangedObjects(), &contents::indexCount), (QStringList{u"0"_s, u"1"_s, u"2"_s}));
+    EXPECT_EQ(arranged(), (QStringList{u"one"_s, u"two"_s, u"three"_s}));
+    EXPECT_EQ(arranged(&contents::indexCount), (QStringList{u"0"_s, u"1"_s, u"2"_s}));
     EXPECT_EQ(capture.getCounter(), 3);
     EXPECT_EQ((QStringList{capture.myPath(), docs.lastSavedDirectory()}), (QStringList{file, dir.path()}));
     EXPECT_EQ(capture.eStatus(), 0);
@@ -211,19 +180,35 @@ TEST_F(DocumentCommandsTest, openFromTheSystemWritesADirtyHistoryIntoTheFileBefo
     QSignalSpy shown(&docs, &DocumentCommands::showWindowRequested);
     add({u"a"_s, u"b"_s});
     for (const bool dirty : {true, false}) { // the clean run starts from the history the dirty one loaded
-        ASSERT_TRUE(BackupFile::save(file, entries({u"on disk"_s})));
+        ASSERT_TRUE(writeFile(file, {u"on disk"_s}));
         capture.setEStatus(dirty ? 1 : 0);
         EXPECT_TRUE(docs.applicationOpenFile(file));
         const QStringList expected = dirty ? QStringList{u"a"_s, u"b"_s} : QStringList{u"on disk"_s};
         EXPECT_EQ(fileTexts(file), expected) << dirty;
-        EXPECT_EQ(texts(nsac.arrangedObjects()), expected) << dirty;
-        EXPECT_EQ(texts(nsac.arrangedObjects(), &contents::indexCount).first(), u"0"_s);
+        EXPECT_EQ(arranged(), expected) << dirty;
+        EXPECT_EQ(arranged(&contents::indexCount).first(), u"0"_s);
         EXPECT_EQ(capture.eStatus(), 0);
     }
     EXPECT_EQ(shown.count(), 2);
     EXPECT_TRUE(panels.panels().isEmpty());
-    EXPECT_EQ(capture.myPath(), file);
-    EXPECT_EQ(docs.lastSavedDirectory(), QString());
+    EXPECT_EQ((QStringList{capture.myPath(), docs.lastSavedDirectory()}), (QStringList{file, QString()}));
+}
+
+// Either way the path becomes the document's, so that the next Save writes there.
+TEST_F(DocumentCommandsTest, openFileTellsAnUnreadableFileFromAnEmptyOne)
+{
+    ASSERT_TRUE(QFile(path(u"empty"_s)).open(QIODevice::WriteOnly));
+    ::testing::internal::CaptureStdout();
+    EXPECT_TRUE(docs.openFile(path(u"empty"_s)));
+    ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(capture.myPath(), path(u"empty"_s));
+    EXPECT_FALSE(docs.openFile(path(u"absent"_s)));
+    EXPECT_EQ(capture.myPath(), path(u"absent"_s));
+    EXPECT_EQ(nsac.arrangedCount(), 0);
+    EXPECT_TRUE(docs.isSaveAsEnabled());
+    EXPECT_EQ(logged.size(), 1);
+    EXPECT_TRUE(logged.value(0).contains(u"cannot read"_s)) << logged.value(0).toStdString();
+    logged.clear();
 }
 
 TEST_F(DocumentCommandsTest, autoSaveChecksOnceEveryHundredTicksWhileOnAndOnlyWithAFile)

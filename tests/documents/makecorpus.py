@@ -75,8 +75,17 @@ def text_record(text):
 
 
 def main():
-    picture = record(archive(""), xml_strings(["public.tiff", "public.png"]),
-                     xml_datas({"public.tiff": bytes(range(100)), "public.png": b"\xff" * 51}))
+    plain = "public.utf8-plain-text"
+    # Sorted keys; 51 bytes make one full 68-character line; an empty text and
+    # empty data; names with markup characters; a long text archived as its
+    # 144-unit display string over 4000 bytes of data.
+    every_kind = (text_record("Hello")
+                  + record(archive(""), xml_strings(["public.tiff", "public.png"]),
+                           xml_datas({"public.tiff": bytes(range(100)), "public.png": b"\xff" * 51}))
+                  + record(archive(""), xml_strings([plain]), xml_datas({plain: b""}))
+                  + record(archive("Grüße, 東京 ✓"), xml_strings([plain, "com.example.a&b<c>"]),
+                           xml_datas({plain: "Grüße, 東京 ✓".encode(), "com.example.a&b<c>": b"x"}))
+                  + record(archive("a" * 140 + " ..."), xml_strings([plain]), xml_datas({plain: b"a" * 4000})))
     binary = record(archive("binary"), plistlib.dumps(["public.utf8-plain-text"], fmt=plistlib.FMT_BINARY),
                     plistlib.dumps({"public.utf8-plain-text": b"binary"}, fmt=plistlib.FMT_BINARY))
     two = text_record("one") + text_record("two")
@@ -86,7 +95,7 @@ def main():
     files = {
         "0-empty": b"",
         "1-text": text_record("Hello"),
-        "3-text-picture-unicode": text_record("Hello") + picture + text_record("Grüße, 東京 ✓ <&>"),
+        "5-every-kind": every_kind,
         "1-binary-plists": binary,
         "1-mutable-string-powerpc-archive": record(archive("ppc", big_endian=True, mutable=True),
                                                   xml_strings(["public.utf8-plain-text"]), xml_datas({})),
@@ -95,11 +104,18 @@ def main():
         "2-cut-after-content": two + third[:content_end],
         "2-cut-inside-types": two + third[:content_end + 10],
         "2-cut-inside-datas": two + third[:types_end + 6],
-        "2-huge-length": two + struct.pack("<i", 0x7fffffff) + third[4:],
-        "2-negative-length": two + struct.pack("<i", -4) + third[4:],
         "1-bad-archive": text_record("kept") + record(b"\x04\x0bstreamtyped\x81", b"", b"") + text_record("lost"),
         "0-big-endian": record(archive("ppc"), xml_strings(["public.utf8-plain-text"]), xml_datas({}), ">"),
     }
+    # A record cut short anywhere is dropped; the ones before it stay.
+    for cut in (1, 4, content_end - 1, content_end + 2, types_end, types_end + 3, types_end + 4, len(third) - 1):
+        files[f"2-cut-at-{cut}"] = two + third[:cut]
+    # A hostile length word in any block ends the load, and must not allocate what it announces.
+    blocks = [third[:content_end], third[content_end:types_end], third[types_end:]]
+    for word in (0x7fffffff, -1, -0x80000000):
+        for i, name in enumerate(("content", "types", "datas")):
+            hostile = blocks[:i] + [struct.pack("<i", word) + blocks[i][4:]] + blocks[i + 1:]
+            files[f"2-length-{word & 0xffffffff:x}-for-{name}"] = two + b"".join(hostile)
     HERE.mkdir(exist_ok=True)
     for name, data in files.items():
         (HERE / (name + ".qs_backup")).write_bytes(data)

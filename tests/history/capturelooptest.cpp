@@ -8,6 +8,7 @@
 namespace {
 
 const QString plainType = QStringLiteral("public.utf8-plain-text");
+const QString htmlType = QStringLiteral("public.html");
 
 class CaptureLoopTest : public HistoryFixture
 {
@@ -17,23 +18,29 @@ protected:
 
 TEST_F(CaptureLoopTest, EveryChangeIsCapturedWholeEvenWhenItRepeatsTheLastOne)
 {
+    const QString text = QString(140, u'a') + QStringLiteral("b and more");
+    const QString shown = QString(140, u'a') + QStringLiteral(" ...");
     for (int i = 0; i < 2; ++i) {
-        pasteboard.setText(QStringLiteral("twice"));
+        pasteboard.setText(text);
         tick(2);
     }
     // A non-text state is named after its first type; unreadable data leaves no key.
     pasteboard.setState({{QStringLiteral("public.tiff"), "II*"}, {QStringLiteral("com.example.lazy"), QByteArray()}});
     tick();
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 1 2").split(u' '));
-    EXPECT_EQ(arranged(), (QStringList{QStringLiteral("twice"), QStringLiteral("twice"), QStringLiteral("[ public.tiff ]")}));
-    const Entry first = nsac.arrangedObjects().first();
+    EXPECT_EQ(arranged(), (QStringList{shown, shown, QStringLiteral("[ public.tiff ]")}));
+    const Entry first = nsac.arrangedObjects().first(), image = nsac.arrangedObjects().last();
+    EXPECT_EQ(first->types(), (QStringList{first->mainType(), stringType}));
     EXPECT_EQ(first->mainType(), plainType);
-    EXPECT_EQ(first->types(), (QStringList{plainType, stringType}));
-    EXPECT_EQ(first->datas().value(stringType), QByteArrayLiteral("twice"));
+    EXPECT_EQ(first->datas().value(stringType), text.toUtf8());
     EXPECT_TRUE(first->hasSameDataTo(*nsac.arrangedObjects().at(1)));
-    const Entry image = nsac.arrangedObjects().last();
     EXPECT_EQ(image->types().size(), 2);
     EXPECT_EQ(image->datas().keys(), QStringList{QStringLiteral("public.tiff")});
+    // Each capture is announced with the entry's cut display string.
+    const QString added = QStringLiteral("Add to Table");
+    ASSERT_EQ(noticeService.titles(), (QStringList{QStringLiteral("Quillstash"), added, added, added}));
+    EXPECT_EQ((QStringList{noticeService.sent().at(1).description, noticeService.sent().at(1).notificationName}),
+              (QStringList{shown, QStringLiteral("AddPasteboardNotification")}));
 }
 
 TEST_F(CaptureLoopTest, OwnAndSecretWritesAreSkippedByTheTickButTakenByAManualCapture)
@@ -63,7 +70,6 @@ TEST_F(CaptureLoopTest, OwnAndSecretWritesAreSkippedByTheTickButTakenByAManualCa
 
 TEST_F(CaptureLoopTest, AutoRemoveKeepsTheSixthCaptureOneTickThenDropsTheOldest)
 {
-    registries.setAutoRemove(true);
     registries.setLimitNumber(5);
     for (int i = 0; i < 6; ++i) {
         pasteboard.setText(QStringLiteral("text %1").arg(i));
@@ -74,31 +80,37 @@ TEST_F(CaptureLoopTest, AutoRemoveKeepsTheSixthCaptureOneTickThenDropsTheOldest)
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("1 2 3 4 5").split(u' '));
 }
 
+// The oldest go first by the number their sequence text starts with, not by
+// row or by text; entries hidden by the filter neither count nor go.
 TEST_F(CaptureLoopTest, AutoRemoveTakesTheSmallestNumbersAmongTheArrangedEntriesWhateverTheRowOrder)
 {
     registries.setAutoRemove(false);
     registries.setLimitNumber(3);
-    for (const QString &number : QStringLiteral("7 12 zero 9 3 10").split(u' '))
+    for (const QString &number : QStringLiteral("10 2x 9 zero").split(u' '))
         addEntry(QStringLiteral("shown ") + number, number);
     addEntry(QStringLiteral("hidden"), QStringLiteral("1"));
     nsac.setFilterString(QStringLiteral("shown"));
     tick();
-    EXPECT_EQ(nsac.arrangedCount(), 6);
+    EXPECT_EQ(nsac.arrangedCount(), 4);
     registries.setAutoRemove(true);
     tick();
-    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("12 9 10").split(u' '));
-    EXPECT_EQ(nsac.allObjects().size(), 4);
+    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("10 2x 9").split(u' '));
+    registries.setLimitNumber(1);
+    tick();
+    EXPECT_EQ(arranged(&contents::indexCount), QStringList{QStringLiteral("10")});
+    EXPECT_EQ(nsac.allObjects().size(), 2);
 }
 
-TEST_F(CaptureLoopTest, TitleGainsStarAndTheDockBadgeTheCountTheTickAfterTheCountChanged)
+TEST_F(CaptureLoopTest, TitleAndStarShowTheCountOfTheTickBeforeAndTheDockBadgeTheCountTheTickBeganWith)
 {
+    addEntry(QStringLiteral("older"));
     pasteboard.setText(QStringLiteral("x"));
-    tick(2);
-    EXPECT_EQ(capture.title(), QStringLiteral("Untitled.qs_backup"));
+    tick(); // captures the second entry, and sees the count change
+    EXPECT_EQ(nsac.arrangedCount(), 2);
+    EXPECT_EQ((QStringList{dock.badgeLabel(), capture.title()}), (QStringList{"1", "Untitled.qs_backup"}));
     EXPECT_FALSE(actions.IsClean());
     tick();
-    EXPECT_EQ(capture.title(), QStringLiteral("Untitled.qs_backup*"));
-    EXPECT_EQ(dock.badgeLabel(), QStringLiteral("1"));
+    EXPECT_EQ((QStringList{dock.badgeLabel(), capture.title()}), (QStringList{"2", "Untitled.qs_backup*"}));
     dock.setActive(true); // in the foreground the badge goes
     tick();
     EXPECT_EQ(dock.badgeLabel(), QString());
@@ -108,10 +120,25 @@ TEST_F(CaptureLoopTest, TitleGainsStarAndTheDockBadgeTheCountTheTickAfterTheCoun
     capture.setMyPath(QStringLiteral("/home/me/notes/history.qs_backup"));
     tick();
     EXPECT_EQ(capture.title(), QStringLiteral("history.qs_backup"));
-    nsac.addObject(std::make_shared<contents>());
-    nsac.addObject(std::make_shared<contents>());
+    addEntry(QStringLiteral("loaded"));
     tick(2);
     EXPECT_EQ(capture.title(), QStringLiteral("history.qs_backup*"));
+}
+
+TEST_F(CaptureLoopTest, TypesTableShowsTheCurrentStateOfAnEmptyHistoryElseTheFirstSelectedEntry)
+{
+    QSignalSpy types(&capture, &CaptureLoop::typesSourceChanged);
+    recording.setAutomaticRec(false);
+    pasteboard.setState({{htmlType, "<b>"}});
+    tick();
+    ASSERT_EQ(types.count(), 1);
+    EXPECT_EQ(types.takeFirst().first().toStringList(), QStringList{htmlType});
+    addEntry(QStringLiteral("first"), QStringLiteral("0"), {{stringType, "a"}});
+    addEntry(QStringLiteral("second"), QStringLiteral("1"), {{htmlType, "b"}, {stringType, "b"}});
+    nsac.setSelectionIndexes({1, 0});
+    tick();
+    ASSERT_EQ(types.count(), 1);
+    EXPECT_EQ(types.first().first().toStringList(), QStringList{stringType});
 }
 
 TEST_F(CaptureLoopTest, CurrentStateIsShownOnceThenOnEveryTickAfterAChange)
@@ -126,9 +153,9 @@ TEST_F(CaptureLoopTest, CurrentStateIsShownOnceThenOnEveryTickAfterAChange)
     tick(6);
     EXPECT_EQ(current.count(), 7);
     EXPECT_EQ(capture.currentContent()->content(), address);
-    // An unchanged state keeps its entry: its picture is fetched once.
+    // An unchanged state keeps its entry: its picture is fetched once, in at most four attempts.
     EXPECT_EQ(fetcher.requestCount(), 1);
-    EXPECT_EQ(capture.currentContent()->imageAttempts(), contents::maxImageAttempts);
+    EXPECT_EQ(capture.currentContent()->imageAttempts(), 4);
 
     // Switching recording on captures the state that changed while it was off.
     recording.setAutomaticRec(true);
@@ -145,7 +172,6 @@ public:
             throw std::bad_alloc();
         return FakePasteboard::types();
     }
-
     mutable bool throwOnce = false;
 };
 
@@ -153,7 +179,7 @@ TEST_F(CaptureLoopTest, ExceptionIsLoggedTheRestOfTheTickRunsAndTheCaptureIsRetr
 {
     ThrowingPasteboard throwing;
     CaptureLoop loop{nsac, throwing, registries, dock, notices, eventTimer, recording, &fetcher};
-    addEntry(QStringLiteral("older"), QStringLiteral("0"));
+    addEntry(QStringLiteral("older"));
     throwing.setText(QStringLiteral("new"));
     throwing.throwOnce = true;
     loop.MainTimer();

@@ -1,6 +1,7 @@
 #include "history/contents.h"
 #include "history/previewcache.h"
 #include "platform/fake/fakeimagefetcher.h"
+#include "support/entries.h"
 
 #include <QBuffer>
 #include <QScopeGuard>
@@ -19,22 +20,10 @@ QByteArray solidPicture(int w, int h, QColor color, const char *format)
 {
     QImage image(w, h, QImage::Format_RGB32);
     image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
+    QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, format);
-    return bytes;
-}
-
-// Built in the order the capture path uses.
-Entry makeEntry(const QStringList &types, const QString &text, const contents::Datas &datas = {})
-{
-    auto entry = std::make_shared<contents>();
-    entry->setContent(text);
-    entry->setMainType(types.value(0));
-    entry->setTypes(types);
-    entry->setDatas(datas);
-    return entry;
+    return buffer.data();
 }
 
 bool isBlank(const QImage &image)
@@ -61,6 +50,7 @@ TEST(Contents, DisplayStringIsCutAfter140Utf16UnitsAndOtherwiseUntouched)
     }
 }
 
+// The table shows these pictures, compiled into the program, for each kind.
 TEST(Contents, TypeIconFollowsPrecedence)
 {
     const struct { QStringList types; QString text; contents::TypeIcon icon; } cases[] = {
@@ -72,8 +62,12 @@ TEST(Contents, TypeIconFollowsPrecedence)
         {{stringType, tiffType}, QStringLiteral("http://x.org"), contents::IconImage},
         {{urlType, tiffType}, QStringLiteral("x"), contents::IconImage},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(makeEntry(c.types, c.text)->typeImageIndex(), c.icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
+    for (const auto &c : cases) {
+        const Entry entry = makeEntry(c.types, c.text);
+        EXPECT_EQ(entry->typeImageIndex(), c.icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
+        EXPECT_EQ(entry->typeImage().size(), QSize(32, 32));
+        EXPECT_TRUE(entry->typeImage().hasAlphaChannel());
+    }
 }
 
 TEST(Contents, FirstPreviewCreatesTheFontAndPreviewsAreTheTiffPictureOrTheTextOrBlank)
@@ -91,9 +85,8 @@ TEST(Contents, FirstPreviewCreatesTheFontAndPreviewsAreTheTiffPictureOrTheTextOr
     EXPECT_EQ(picture->image().size(), QSize(160, 80));
     EXPECT_EQ(QColor(picture->image().pixel(80, 40)), QColor(Qt::red));
 
-    const QSize previewSize(contents::previewWidth, contents::previewHeight);
     const Entry text = makeEntry({plainType, stringType}, QStringLiteral("Some words to draw"));
-    EXPECT_EQ(text->image().size(), previewSize);
+    EXPECT_EQ(text->image().size(), QSize(435, 80));
     EXPECT_FALSE(isBlank(text->image()));
     EXPECT_EQ(contents::contentsFont().family(), QStringLiteral("Lucida Grande"));
     EXPECT_EQ(contents::contentsFont().pointSizeF(), 14.0);
@@ -111,8 +104,8 @@ TEST(AddressPicture, PictureArrivingInTimeIsDrawnAtSeventyPercentAndRefreshesThe
     fetcher.setPicture(address, solidPicture(40, 20, Qt::blue, "PNG"));
     const Entry entry = makeEntry({urlType}, address.toString());
     const Entry late = makeEntry({urlType}, address.toString());
-    for (int call = 0; call <= contents::maxImageAttempts; ++call)
-        late->setImageLater(&fetcher); // gives up before its picture arrives
+    for (int call = 0; call < 5; ++call)
+        late->setImageLater(&fetcher); // gives up at the fifth call, before its picture arrives
     entry->setImageLater(&fetcher);
     entry->setImageLater(&fetcher); // still pending: counts, asks nothing more
     EXPECT_EQ(fetcher.requestCount(), 2);
@@ -140,18 +133,19 @@ TEST(AddressPicture, UndecodableAnswersAreRetriedFourTimesAndAgainAfterNeedUpdat
     makeEntry({plainType, stringType}, QStringLiteral("cat.png"))->setImageLater(&fetcher); // no address
     // A plain text address is fetched as well as a link.
     const Entry entry = makeEntry({plainType, stringType}, address.toString());
-    for (int attempt = 0; attempt < contents::maxImageAttempts; ++attempt) {
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        EXPECT_FALSE(entry->isImageSet());
         entry->setImageLater(&fetcher);
         fetcher.finishAll();
     }
-    EXPECT_EQ(fetcher.requestCount(), contents::maxImageAttempts);
+    EXPECT_EQ(fetcher.requestCount(), 4);
     EXPECT_FALSE(entry->isImageSet());
     entry->setImageLater(&fetcher);
     EXPECT_TRUE(entry->isImageSet());
-    EXPECT_EQ(fetcher.requestCount(), contents::maxImageAttempts);
+    EXPECT_EQ(fetcher.requestCount(), 4);
     entry->needUpdateImage();
     entry->setImageLater(&fetcher);
-    EXPECT_EQ(fetcher.requestCount(), contents::maxImageAttempts + 1);
+    EXPECT_EQ(fetcher.requestCount(), 5);
     EXPECT_EQ(entry->imageAttempts(), 1);
 }
 

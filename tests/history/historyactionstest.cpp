@@ -18,7 +18,7 @@ TEST_F(HistoryActionsTest, RestoreWritesTheFirst255TypesByteForByteInOrderWithTh
     actions.setGeneralPasteboard(addEntry(QStringLiteral("words"), QStringLiteral("0"), state));
 
     const QStringList declared = pasteboard.types();
-    ASSERT_EQ(declared.size(), HistoryActions::maxRestoredTypes);
+    ASSERT_EQ(declared.size(), 256); // 255 of the entry's types and the marker
     EXPECT_EQ(declared.mid(0, 3), (QStringList{rtf, empty, stringType}));
     EXPECT_EQ(declared.indexOf(ignoreType), declared.size() - 1);
     EXPECT_EQ(pasteboard.dataForType(rtf), binary);
@@ -27,9 +27,10 @@ TEST_F(HistoryActionsTest, RestoreWritesTheFirst255TypesByteForByteInOrderWithTh
     EXPECT_TRUE(pasteboard.dataForType(ignoreType).isNull());
     EXPECT_EQ(sounds(), QStringList{QStringLiteral("Submarine")});
     ASSERT_EQ(noticeService.sent().size(), 1);
-    EXPECT_EQ(noticeService.sent().first().title, QStringLiteral("Change Pasteboard"));
-    EXPECT_EQ(noticeService.sent().first().description, QStringLiteral("words"));
-    EXPECT_EQ(noticeService.sent().first().notificationName, QStringLiteral("ChangePasteboardNotification"));
+    const auto &notice = noticeService.sent().first();
+    EXPECT_EQ((QStringList{notice.title, notice.description, notice.notificationName}),
+              (QStringList{QStringLiteral("Change Pasteboard"), QStringLiteral("words"),
+                           QStringLiteral("ChangePasteboardNotification")}));
 }
 
 TEST_F(HistoryActionsTest, CutStopsRecordingRestoresThenRemovesWithBothNoticesInOrder)
@@ -38,15 +39,17 @@ TEST_F(HistoryActionsTest, CutStopsRecordingRestoresThenRemovesWithBothNoticesIn
     recording.setAutomaticRec(true);
     addEntry(QStringLiteral("keep"), QStringLiteral("0"), {{stringType, "keep"}});
     addEntry(QStringLiteral("cut me"), QStringLiteral("1"), {{stringType, "cut me"}});
-    nsac.setSelectionIndexes({1});
+    addEntry(QStringLiteral("selected too"), QStringLiteral("2"), {{stringType, "too"}});
+    nsac.setSelectionIndexes({1, 2});
     actions.cut();
 
     EXPECT_FALSE(recording.automaticRec());
-    EXPECT_EQ(arranged(), QStringList{QStringLiteral("keep")});
+    EXPECT_EQ(arranged(), (QStringList{QStringLiteral("keep"), QStringLiteral("selected too")}));
     EXPECT_EQ(pasteboard.dataForType(stringType), QByteArrayLiteral("cut me"));
     EXPECT_EQ(noticeService.titles(), (QStringList{QStringLiteral("Change Pasteboard"), QStringLiteral("Remove from Table")}));
     EXPECT_EQ(noticeService.sent().last().description, QStringLiteral("cut me"));
-    EXPECT_TRUE(sounds().contains(QStringLiteral("Bottle")));
+    EXPECT_EQ(noticeService.sent().last().notificationName, QStringLiteral("RemovePasteboardNotification"));
+    EXPECT_EQ(sounds(), (QStringList{QStringLiteral("Bottle"), QStringLiteral("Submarine")}));
 }
 
 TEST_F(HistoryActionsTest, CommandsWithoutSelectionDoNothing)

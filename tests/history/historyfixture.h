@@ -6,6 +6,7 @@
 #include "platform/fake/fakeimagefetcher.h"
 #include "platform/fake/fakepasteboard.h"
 #include "platform/fake/fakeworkspace.h"
+#include "support/entries.h"
 #include "support/recordingrig.h"
 
 #include <QAbstractItemModelTester>
@@ -17,10 +18,7 @@
 
 inline const QString stringType = QStringLiteral("NSStringPboardType");
 
-inline void PrintTo(const QString &text, std::ostream *os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
+inline void PrintTo(const QString &text, std::ostream *os) { *os << '"' << text.toStdString() << '"'; }
 
 // The objects the controller wires together, with fakes for the desktop.
 class HistoryFixture : public ::testing::Test, protected RecordingRig
@@ -54,18 +52,15 @@ protected:
     {
         for (int i = 0; i < count; ++i) {
             capture.MainTimer();
-            clock.advance(CaptureLoop::tickIntervalMs);
+            clock.advance(1000);
         }
     }
     QStringList arranged(const QString &(contents::*field)() const = &contents::content) const
     {
-        QStringList values;
-        for (const Entry &entry : nsac.arrangedObjects())
-            values.append(((*entry).*field)());
-        return values;
+        return texts(nsac.arrangedObjects(), field);
     }
     // An entry built as the capture builds it from state, added to the list.
-    Entry addEntry(const QString &text, const QString &indexCount,
+    Entry addEntry(const QString &text, const QString &indexCount = QStringLiteral("0"),
                    const QList<FakePasteboard::Item> &state = {{stringType, "x"}})
     {
         auto entry = std::make_shared<contents>();

@@ -55,19 +55,16 @@ QByteArray httpOk(const QByteArray &body, bool withLength = true)
 // limits, else with null.
 TEST(NetworkImageFetcher, AnswersWithThePictureOrNullWithinTheLimits)
 {
-    const std::pair<const char *, bool> addresses[] = {
-        {"file:///tmp/no-extension-needed.txt", true}, {"https://example.com/dir/photo.JPEG", true},
-        {"https://example.com/a.webp?size=large", true}, {"http://example.com/", false},
-        {"https://example.com/page.html", false}, {"https://example.com/a.png.exe", false},
-        {"https://example.com/view.php?img=a.png", false}, {"ftp://example.com/a.png", false},
-        {"data:image/png;base64,iVBORw0KGgo=", false}, {"a.png", false}, {"", false},
-    };
     NetworkImageFetcher fetcher(nullptr, shortTimeLimit, smallSizeLimit);
-    for (const auto &[address, fetchable] : addresses) {
-        const QUrl url(QString::fromLatin1(address));
-        EXPECT_EQ(NetworkImageFetcher::isFetchable(url), fetchable) << address;
-        EXPECT_TRUE(fetchable || !fetcher.fetch(url, [](const QByteArray &) { ADD_FAILURE() << "answered"; })) << address;
+    for (const char *address : {"http://example.com/", "https://example.com/page.html", "https://example.com/a.png.exe",
+                                "https://example.com/view.php?img=a.png", "ftp://example.com/a.png",
+                                "data:image/png;base64,iVBORw0KGgo=", "a.png", ""}) {
+        EXPECT_FALSE(NetworkImageFetcher::isFetchable(QUrl(address))) << address;
+        EXPECT_FALSE(fetcher.fetch(QUrl(address), [](const QByteArray &) { ADD_FAILURE() << "answered"; })) << address;
     }
+    for (const char *address : {"file:///tmp/no-extension-needed.txt", "https://example.com/dir/photo.JPEG",
+                                "https://example.com/a.webp?size=large"})
+        EXPECT_TRUE(NetworkImageFetcher::isFetchable(QUrl(address))) << address;
     const QByteArray png = pngPicture();
     const QByteArray tooLarge = png + QByteArray(smallSizeLimit, '\0');
     TinyHttpServer server({
@@ -79,8 +76,7 @@ TEST(NetworkImageFetcher, AnswersWithThePictureOrNullWithinTheLimits)
     QTemporaryDir dir;
     const auto file = [&](const QString &name, const QByteArray &bytes) {
         QFile out(dir.filePath(name));
-        EXPECT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(bytes);
+        EXPECT_TRUE(out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size());
         return QUrl::fromLocalFile(out.fileName());
     };
     const QString fifo = dir.filePath("fifo.png");
@@ -95,19 +91,17 @@ TEST(NetworkImageFetcher, AnswersWithThePictureOrNullWithinTheLimits)
     };
     for (const auto &[url, gives] : rows) {
         SCOPED_TRACE(url.toString().toStdString());
-        int calls = 0;
-        QByteArray bytes;
+        QList<QByteArray> answers;
         ASSERT_TRUE(fetcher.fetch(url, [&](const QByteArray &encoded) {
             EXPECT_EQ(QThread::currentThread(), qApp->thread());
-            ++calls;
-            bytes = encoded;
+            answers.append(encoded);
         }));
-        EXPECT_EQ(calls, 0) << "the answer must not come from inside fetch()";
-        ASSERT_TRUE(QTest::qWaitFor([&] { return calls > 0; }, waitMs));
+        EXPECT_TRUE(answers.isEmpty()) << "the answer must not come from inside fetch()";
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !answers.isEmpty(); }, waitMs));
         QCoreApplication::processEvents();
-        EXPECT_EQ(calls, 1);
-        EXPECT_EQ(bytes, gives ? png : QByteArray());
-        EXPECT_EQ(bytes.isNull(), !gives);
+        ASSERT_EQ(answers.size(), 1);
+        EXPECT_EQ(answers.first(), gives ? png : QByteArray());
+        EXPECT_EQ(answers.first().isNull(), !gives);
     }
 }
 

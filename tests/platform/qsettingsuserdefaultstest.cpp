@@ -5,22 +5,24 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 // The next run of the program reads the INI file back, where everything is
 // text. QSettings caches what it wrote per file within a process, so the next
 // run reads a copy of the file under a new name.
-struct RoundTrip
+QSettingsUserDefaults writtenAndReread(const QTemporaryDir &dir, const std::function<void(UserDefaults &)> &write)
 {
-    QSettingsUserDefaults write() { return QSettingsUserDefaults(path); }
-    QSettingsUserDefaults reread()
+    const QString path = dir.filePath(QStringLiteral("Quillstash.conf"));
     {
-        EXPECT_TRUE(QFile::copy(path, dir.filePath(QStringLiteral("nextrun.conf"))));
-        return QSettingsUserDefaults(dir.filePath(QStringLiteral("nextrun.conf")));
+        QSettingsUserDefaults defaults(path);
+        write(defaults);
+        defaults.synchronize();
     }
-    QTemporaryDir dir;
-    QString path = dir.filePath(QStringLiteral("Quillstash.conf"));
-};
+    EXPECT_TRUE(QFile::copy(path, dir.filePath(QStringLiteral("nextrun.conf"))));
+    return QSettingsUserDefaults(dir.filePath(QStringLiteral("nextrun.conf")));
+}
 
 TEST(QSettingsUserDefaults, TypedReadsAfterRestartReadTextAsTheDefaultsSystemDoes)
 {
@@ -30,13 +32,8 @@ TEST(QSettingsUserDefaults, TypedReadsAfterRestartReadTextAsTheDefaultsSystemDoe
         {"0010", true, 10}, {"  -7", true, -7},  {qint64(60), true, 60}, {-5, true, -5},    {0, false, 0},
     };
     for (const auto &row : rows) {
-        RoundTrip store;
-        {
-            QSettingsUserDefaults defaults = store.write();
-            defaults.setObject(row.stored, "limitnumber");
-            defaults.synchronize();
-        }
-        const QSettingsUserDefaults defaults = store.reread();
+        QTemporaryDir dir;
+        const auto defaults = writtenAndReread(dir, [&](UserDefaults &d) { d.setObject(row.stored, "limitnumber"); });
         const std::string stored = row.stored.toString().toStdString();
         EXPECT_TRUE(defaults.objectForKey("limitnumber").isValid()) << stored;
         EXPECT_EQ(defaults.boolForKey("limitnumber"), row.asBool) << stored;
@@ -56,22 +53,16 @@ TEST(QSettingsUserDefaults, PhraseTextAndRemovalsSurviveRestartUnchanged)
         "a, b, c", "\"quoted\" and 'single'", "back\\slash\\n not a newline", "line one\nline two\r\n\tindented",
         "  padded  ", "key=value; [section] #hash", "Grüße, 東京, emoji 😀", "@Variant(looks special)",
     };
-    RoundTrip store;
-    {
-        QSettingsUserDefaults defaults = store.write();
+    QTemporaryDir dir;
+    const auto defaults = writtenAndReread(dir, [&](UserDefaults &d) {
         for (int i = 0; i < phrases.size(); ++i)
-            defaults.setValue(phrases.at(i), QStringLiteral("phrase_content%1").arg(i + 1));
-        defaults.setValue("one", "phrase_title1");
-        defaults.setValue("two", "phrase_title2");
-        defaults.synchronize();
-    }
-    {
-        QSettingsUserDefaults defaults = store.write();
-        defaults.removeObjectForKey("phrase_title1");
-        defaults.setObject(QVariant(), "phrase_title2");
-        defaults.synchronize();
-    }
-    const QSettingsUserDefaults defaults = store.reread();
+            d.setValue(phrases.at(i), QStringLiteral("phrase_content%1").arg(i + 1));
+        d.setValue("one", "phrase_title1");
+        d.setValue("two", "phrase_title2");
+        d.synchronize();
+        d.removeObjectForKey("phrase_title1");
+        d.setObject(QVariant(), "phrase_title2");
+    });
     for (int i = 0; i < phrases.size(); ++i)
         EXPECT_EQ(defaults.stringForKey(QStringLiteral("phrase_content%1").arg(i + 1)), phrases.at(i));
     EXPECT_FALSE(defaults.objectForKey("phrase_title1").isValid());

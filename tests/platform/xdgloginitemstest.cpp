@@ -19,19 +19,17 @@ protected:
         const QString path = m_root.filePath(relativePath);
         QDir().mkpath(QFileInfo(path).path());
         QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         return QFileInfo(path).canonicalFilePath();
     }
     void writeEntry(const QString &name, const QByteArray &contents)
     {
         QDir().mkpath(m_folder);
         QFile file(m_folder + u'/' + name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(contents);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size());
     }
     QStringList fileNames() const { return QDir(m_folder).entryList(QDir::Files, QDir::Name); }
-    QList<QUrl> resolvedUrls(const XdgLoginItems &items) const
+    static QList<QUrl> resolvedUrls(const XdgLoginItems &items)
     {
         QList<QUrl> urls;
         for (const auto &item : items.snapshot().value_or(QList<LoginItems::Item>{{"unreadable", {}}}))
@@ -41,6 +39,7 @@ protected:
     QTemporaryDir m_root;
     QString m_folder = m_root.filePath(QStringLiteral("autostart"));
     QString m_program = makeProgram(QStringLiteral("bin/quillstash"));
+    QString m_other = makeProgram(QStringLiteral("bin/other"));
 };
 
 // Blanks, quotes, dollars, backslashes and percent signs in the program's path
@@ -67,27 +66,25 @@ TEST_F(XdgLoginItemsTest, InsertedItemStartsTheProgramUntilRemoved)
 // starts ours is written over rather than doubled.
 TEST_F(XdgLoginItemsTest, InsertKeepsAForeignEntryOfTheSameNameAndReusesItsOwn)
 {
-    const QString other = makeProgram("bin/other");
-    writeEntry("quillstash.desktop", "[Desktop Entry]\nType=Application\nExec=" + other.toUtf8() + "\n");
+    writeEntry("quillstash.desktop", "[Desktop Entry]\nType=Application\nExec=" + m_other.toUtf8() + "\n");
     XdgLoginItems items(m_folder);
     items.insertAtTop(QUrl::fromLocalFile(m_program));
     items.insertAtTop(QUrl::fromLocalFile(m_program));
     EXPECT_EQ(fileNames(), (QStringList{"quillstash-2.desktop", "quillstash.desktop"}));
-    EXPECT_EQ(resolvedUrls(items), (QList<QUrl>{QUrl::fromLocalFile(m_program), QUrl::fromLocalFile(other)}));
+    EXPECT_EQ(resolvedUrls(items), (QList<QUrl>{QUrl::fromLocalFile(m_program), QUrl::fromLocalFile(m_other)}));
 }
 
 TEST_F(XdgLoginItemsTest, ItemsComeInNameOrderAndRemoveTakesOnlyTheOneGivenInsideTheFolder)
 {
     const QByteArray ours = "[Desktop Entry]\nType=Application\nExec=" + m_program.toUtf8() + "\n";
-    const QString other = makeProgram("bin/other");
     writeEntry("zz-copy.desktop", ours);
-    writeEntry("b-foreign.desktop", "[Desktop Entry]\nExec=" + other.toUtf8() + " --flag\n");
+    writeEntry("b-foreign.desktop", "[Desktop Entry]\nExec=" + m_other.toUtf8() + " --flag\n");
     writeEntry("a-first.desktop", ours);
     writeEntry("notes.txt", ours);
     writeEntry("../precious.desktop", ours);
     XdgLoginItems items(m_folder);
     const QUrl program = QUrl::fromLocalFile(m_program);
-    ASSERT_EQ(resolvedUrls(items), (QList<QUrl>{program, QUrl::fromLocalFile(other), program}));
+    ASSERT_EQ(resolvedUrls(items), (QList<QUrl>{program, QUrl::fromLocalFile(m_other), program}));
     items.remove(items.snapshot().value().first());
     items.remove({"../precious.desktop", QUrl::fromLocalFile(m_program)});
     EXPECT_EQ(fileNames(), (QStringList{"b-foreign.desktop", "notes.txt", "zz-copy.desktop"}));

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
 #include <memory>
 
 namespace {
@@ -23,102 +25,79 @@ protected:
     FakeLoginItems loginItems;
 };
 
-TEST_F(ApplicationRegistriesTest, freshUserGetsTheDefaultsAndIsTakenOffTheLoginItems)
+// Absent, a setting has its default; present, even as another kind of value,
+// it reads as the typed answer (booleans as 0 or 1).
+TEST_F(ApplicationRegistriesTest, EachSettingReadsItsStoredValueOrItsDefault)
 {
-    loginItems.append(other);
-    loginItems.append(app);
-    const auto store = create();
-
-    EXPECT_FALSE(store->isAutoSave());
-    EXPECT_TRUE(store->isAutoRemove());
-    EXPECT_EQ(store->limitNumber(), 60);
-    EXPECT_TRUE(store->isSoundEnable());
-    EXPECT_FALSE(store->isAutoLaunch());
-    EXPECT_TRUE(store->isIconBounce());
-    EXPECT_TRUE(store->isAutoRec());
-    EXPECT_TRUE(store->isRecAtStartup());
-    for (int n = 0; n < ApplicationRegistries::phraseSlots; ++n) {
-        EXPECT_TRUE(store->fixedPhraseTitle(n).isNull()) << n;
-        EXPECT_TRUE(store->fixedPhraseContent(n).isNull()) << n;
+    const std::map<QString, std::function<qint64(const ApplicationRegistries &)>> read{
+        {"autosave", &ApplicationRegistries::isAutoSave},       {"autoremove", &ApplicationRegistries::isAutoRemove},
+        {"limitnumber", &ApplicationRegistries::limitNumber},   {"soundenable", &ApplicationRegistries::isSoundEnable},
+        {"autolaunch", &ApplicationRegistries::isAutoLaunch},   {"iconbounce", &ApplicationRegistries::isIconBounce},
+        {"autorec", &ApplicationRegistries::isAutoRec},         {"recatstartup", &ApplicationRegistries::isRecAtStartup},
+    };
+    const struct { const char *key; QVariant stored; qint64 expected; } rows[] = {
+        {"autosave", {}, 0}, {"autoremove", {}, 1}, {"limitnumber", {}, 60}, {"soundenable", {}, 1},
+        {"autolaunch", {}, 0}, {"iconbounce", {}, 1}, {"autorec", {}, 1}, {"recatstartup", {}, 1},
+        {"limitnumber", "abc", 0}, {"limitnumber", "25", 25}, {"limitnumber", -3, -3}, {"limitnumber", 0, 0},
+        {"autoremove", "false", 0}, {"soundenable", "maybe", 0}, {"recatstartup", QStringList{"YES"}, 0},
+        {"autoremove", "YES", 1}, {"autosave", true, 1}, {"iconbounce", false, 0}, {"autorec", 0, 0},
+    };
+    for (const auto &row : rows) {
+        FakeUserDefaults stored;
+        if (row.stored.isValid())
+            stored.setObject(row.stored, row.key);
+        const ApplicationRegistries store(stored, loginItems, app);
+        EXPECT_EQ(read.at(row.key)(store), row.expected) << row.key << " " << row.stored.toString().toStdString();
+        EXPECT_TRUE(store.fixedPhraseTitle(1).isNull() && store.fixedPhraseContent(9).isNull());
     }
-    EXPECT_EQ(loginItems.urls(), QList<QUrl>{other});
-    EXPECT_EQ(ApplicationRegistries::registries(), store.get());
 }
 
-struct TypedReadCase
+TEST_F(ApplicationRegistriesTest, OnlyPhraseSlotsOneToNineAreReadAndWritten)
 {
-    const char *name;
-    const char *key;
-    QVariant stored;
-    qint64 expected; // booleans as 0/1
-};
-
-class TypedReadTest : public ApplicationRegistriesTest, public ::testing::WithParamInterface<TypedReadCase>
-{
-};
-
-// A present value of the wrong kind reads as the typed answer, not the default.
-TEST_P(TypedReadTest, presentValueWinsOverTheDefault)
-{
-    const TypedReadCase c = GetParam();
-    defaults.setObject(c.stored, QString::fromLatin1(c.key));
-    const auto store = create();
-    const QString key = QString::fromLatin1(c.key);
-    const qint64 got = key == QLatin1String("limitnumber") ? store->limitNumber()
-                       : key == QLatin1String("autoremove") ? store->isAutoRemove()
-                       : key == QLatin1String("soundenable") ? store->isSoundEnable()
-                                                             : store->isRecAtStartup();
-    EXPECT_EQ(got, c.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, TypedReadTest,
-    ::testing::Values(TypedReadCase{"limitAsText", "limitnumber", QStringLiteral("abc"), 0},
-                      TypedReadCase{"limitAsNumberText", "limitnumber", QStringLiteral("25"), 25},
-                      TypedReadCase{"limitNegative", "limitnumber", -3, -3},
-                      TypedReadCase{"limitZero", "limitnumber", 0, 0},
-                      TypedReadCase{"boolAsFalseText", "autoremove", QStringLiteral("false"), 0},
-                      TypedReadCase{"boolAsGarbage", "soundenable", QStringLiteral("maybe"), 0},
-                      TypedReadCase{"boolAsList", "recatstartup", QStringList{QStringLiteral("YES")}, 0},
-                      TypedReadCase{"boolAsYes", "autoremove", QStringLiteral("YES"), 1}),
-    [](const auto &info) { return std::string(info.param.name); });
-
-TEST_F(ApplicationRegistriesTest, onlyPhraseSlotsOneToNineAreReadAndWritten)
-{
-    defaults.setObject(QStringLiteral("zero"), QStringLiteral("phrase_title0"));
-    defaults.setObject(QStringLiteral("ten"), QStringLiteral("phrase_title10"));
-    defaults.setObject(QStringLiteral("first"), QStringLiteral("phrase_title1"));
-    defaults.setObject(QStringLiteral("ninth body"), QStringLiteral("phrase_content9"));
-    defaults.setObject(42, QStringLiteral("phrase_content2"));
-    const auto store = create();
-
+    defaults.setObject("zero", "phrase_title0");
+    defaults.setObject("ten", "phrase_title10");
+    defaults.setObject("first", "phrase_title1");
+    defaults.setObject("ninth body", "phrase_content9");
+    defaults.setObject(42, "phrase_content2");
+    auto store = create();
     EXPECT_TRUE(store->fixedPhraseTitle(0).isNull());
-    EXPECT_EQ(store->fixedPhraseTitle(1), QStringLiteral("first"));
-    EXPECT_EQ(store->fixedPhraseContent(9), QStringLiteral("ninth body"));
-    EXPECT_EQ(store->fixedPhraseContent(2), QStringLiteral("42"));
+    EXPECT_EQ((QStringList{store->fixedPhraseTitle(1), store->fixedPhraseContent(9), store->fixedPhraseContent(2)}),
+              (QStringList{"first", "ninth body", "42"}));
 
-    store->setFixedPhraseTitle(QStringLiteral("never stored"), 0);
+    store->setFixedPhraseTitle("never stored", 0);
+    store->setFixedPhraseTitle("title one", 1);
+    store->setFixedPhrasContent("content one", 1);
+    store->setFixedPhraseTitle("title nine", 9);
+    store->setFixedPhrasContent("content nine", 9);
     store->writeRegistry();
-    EXPECT_EQ(defaults.objectForKey(QStringLiteral("phrase_title0")), QVariant(QStringLiteral("zero")));
-    EXPECT_FALSE(defaults.values().contains(QStringLiteral("phrase_content0")));
+    EXPECT_EQ(defaults.objectForKey("phrase_title0"), QVariant("zero"));
+    EXPECT_FALSE(defaults.values().contains("phrase_content0"));
+    const QStringList keys{"phrase_title1", "phrase_content1", "phrase_title9", "phrase_content9"};
+    const QStringList texts{"title one", "content one", "title nine", "content nine"};
+    for (qsizetype i = 0; i < keys.size(); ++i)
+        EXPECT_EQ(defaults.objectForKey(keys[i]), QVariant(texts[i])) << keys[i].toStdString();
+    store.reset();
+    store = create();
+    EXPECT_EQ((QStringList{store->fixedPhraseTitle(1), store->fixedPhraseContent(1), store->fixedPhraseTitle(9),
+                           store->fixedPhraseContent(9)}),
+              texts);
 }
 
-TEST_F(ApplicationRegistriesTest, clearedPhraseKeepsItsStoredTextAndComesBack)
+TEST_F(ApplicationRegistriesTest, ClearedPhraseKeepsItsStoredTextAndComesBack)
 {
-    defaults.setObject(QStringLiteral("Greeting"), QStringLiteral("phrase_title3"));
-    defaults.setObject(QStringLiteral("Hello"), QStringLiteral("phrase_content3"));
+    defaults.setObject("Greeting", "phrase_title3");
+    defaults.setObject("Hello", "phrase_content3");
     auto store = create();
     store->setFixedPhraseTitle(QString(), 3);
     store->setFixedPhrasContent(QString(), 3);
     store->writeRegistry();
     store.reset();
-
-    const auto relaunched = create();
-    EXPECT_EQ(relaunched->fixedPhraseTitle(3), QStringLiteral("Greeting"));
-    EXPECT_EQ(relaunched->fixedPhraseContent(3), QStringLiteral("Hello"));
+    store = create();
+    EXPECT_EQ(store->fixedPhraseTitle(3), "Greeting");
+    EXPECT_EQ(store->fixedPhraseContent(3), "Hello");
 }
 
-TEST_F(ApplicationRegistriesTest, writeThenReadRoundTripsEverySetting)
+TEST_F(ApplicationRegistriesTest, WriteThenReadRoundTripsEverySetting)
 {
     auto store = create();
     store->setAutoSave(true);
@@ -128,42 +107,38 @@ TEST_F(ApplicationRegistriesTest, writeThenReadRoundTripsEverySetting)
     store->setIconBounce(false);
     store->setAutoRec(false);
     store->setRecAtStartup(false);
-    store->setFixedPhraseTitle(QStringLiteral("t5"), 5);
-    store->setFixedPhrasContent(QStringLiteral("c5"), 5);
     store->writeRegistry();
     store.reset();
-
-    const auto again = create();
-    EXPECT_TRUE(again->isAutoSave());
-    EXPECT_FALSE(again->isAutoRemove());
-    EXPECT_EQ(again->limitNumber(), 7);
-    EXPECT_FALSE(again->isSoundEnable());
-    EXPECT_FALSE(again->isIconBounce());
-    EXPECT_FALSE(again->isAutoRec());
-    EXPECT_FALSE(again->isRecAtStartup());
-    EXPECT_EQ(again->fixedPhraseTitle(5), QStringLiteral("t5"));
-    EXPECT_EQ(again->fixedPhraseContent(5), QStringLiteral("c5"));
+    store = create();
+    EXPECT_EQ((QList<qint64>{store->isAutoSave(), store->isAutoRemove(), store->limitNumber(), store->isSoundEnable(),
+                             store->isIconBounce(), store->isAutoRec(), store->isRecAtStartup()}),
+              (QList<qint64>{1, 0, 7, 0, 0, 0, 0}));
 }
 
-TEST_F(ApplicationRegistriesTest, loginItemFollowsTheSettingWithoutDuplicates)
+TEST_F(ApplicationRegistriesTest, LoginItemFollowsTheSettingWithoutDuplicates)
 {
-    defaults.setObject(true, QStringLiteral("autolaunch"));
     loginItems.append(other);
-    auto store = create();
-    EXPECT_EQ(loginItems.urls(), (QList<QUrl>{app, other})); // added at the top
+    loginItems.append(app);
+    auto store = create(); // off for a fresh user: taken off the login items
+    EXPECT_EQ(loginItems.urls(), QList<QUrl>{other});
+    EXPECT_EQ(ApplicationRegistries::registries(), store.get());
 
     store->setAutoLaunch(true);
-    EXPECT_EQ(loginItems.urls(), (QList<QUrl>{app, other}));
-
+    store->setAutoLaunch(true);
+    EXPECT_EQ(loginItems.urls(), (QList<QUrl>{app, other})); // added at the top, once
     loginItems.append(app);
     store->setAutoLaunch(false);
     // Only the first match goes; the lower copy stays.
     EXPECT_EQ(loginItems.urls(), (QList<QUrl>{other, app}));
     EXPECT_TRUE(ApplicationRegistries::willStartAtLogin(loginItems, app));
-    EXPECT_FALSE(ApplicationRegistries::willStartAtLogin(loginItems, QUrl::fromLocalFile(QStringLiteral("/x"))));
+    EXPECT_FALSE(ApplicationRegistries::willStartAtLogin(loginItems, QUrl::fromLocalFile("/x")));
+    defaults.setObject(true, "autolaunch");
+    loginItems.remove(loginItems.snapshot()->last());
+    store = create();
+    EXPECT_EQ(loginItems.urls(), (QList<QUrl>{app, other}));
 }
 
-TEST_F(ApplicationRegistriesTest, unreadableLoginItemsKeepTheSettingAndChangeNothing)
+TEST_F(ApplicationRegistriesTest, UnreadableLoginItemsKeepTheSettingAndChangeNothing)
 {
     loginItems.append(app);
     loginItems.setAvailable(false);

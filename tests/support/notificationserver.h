@@ -28,33 +28,26 @@ public:
         int expireTimeout = 0;
     };
 
-    explicit NotificationServer(const QDBusConnection &bus = QDBusConnection::sessionBus(),
-                                QObject *parent = nullptr);
+    explicit NotificationServer(const QDBusConnection &bus = QDBusConnection::sessionBus()) : m_bus(bus) {}
     ~NotificationServer() override;
 
     // Takes the service name and exports the object; false when the name is taken.
     bool start();
-    void stop();
 
     const QList<Notice> &notices() const { return m_notices; }
     void clear() { m_notices.clear(); }
-    // The capabilities GetCapabilities answers with.
-    void setCapabilities(const QStringList &capabilities) { m_capabilities = capabilities; }
     // Records calls but leaves them unanswered, as a hung server does.
     void setAnswering(bool answering) { m_answering = answering; }
 
 public Q_SLOTS:
-    uint Notify(const QString &app_name, uint replaces_id, const QString &app_icon,
-                const QString &summary, const QString &body, const QStringList &actions,
-                const QVariantMap &hints, int expire_timeout);
-    QStringList GetCapabilities();
-    void CloseNotification(uint id);
-    QString GetServerInformation(QString &vendor, QString &version, QString &spec_version);
+    uint Notify(const QString &app_name, uint replaces_id, const QString &app_icon, const QString &summary,
+                const QString &body, const QStringList &actions, const QVariantMap &hints, int expire_timeout);
+    // Bodies may carry markup, so the program escapes clipboard text.
+    QStringList GetCapabilities() { return {QStringLiteral("body"), QStringLiteral("body-markup")}; }
 
 private:
     QDBusConnection m_bus;
     QList<Notice> m_notices;
-    QStringList m_capabilities{QStringLiteral("body"), QStringLiteral("body-markup")};
     QList<QDBusMessage> m_unanswered;
     bool m_answering = true;
     bool m_started = false;
