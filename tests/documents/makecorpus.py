@@ -6,7 +6,6 @@ check that the reader finds that many entries in it. The bytes are assembled
 here from the format's description, apart from the program's own writer, and
 the length words are little-endian, as on the machines that run the tests.
 """
-import base64
 import pathlib
 import plistlib
 import struct
@@ -33,31 +32,14 @@ def archive(text, big_endian=False, mutable=False):
     return out + b"\x84\x01+" + ts_integer(len(utf8), order) + utf8 + b"\x86"
 
 
-HEAD = (b'<?xml version="1.0" encoding="UTF-8"?>\n'
-        b'<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">\n'
-        b'<plist version="1.0">\n')
-
-
-def escape(text):
-    return text.replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;").encode()
-
-
 def xml_strings(strings):
-    if not strings:
-        return HEAD + b"<array/>\n</plist>\n"
-    body = b"".join(b"\t<string>" + escape(s) + b"</string>\n" for s in strings)
-    return HEAD + b"<array>\n" + body + b"</array>\n</plist>\n"
+    # Python's plistlib writes XML property lists as Mac OS X does: tabs,
+    # sorted keys, base64 in lines of 68 characters.
+    return plistlib.dumps(strings, fmt=plistlib.FMT_XML)
 
 
 def xml_datas(datas):
-    if not datas:
-        return HEAD + b"<dict/>\n</plist>\n"
-    body = b""
-    for key in sorted(datas):
-        encoded = base64.b64encode(datas[key])
-        lines = b"".join(b"\t" + encoded[i:i + 68] + b"\n" for i in range(0, len(encoded), 68))
-        body += b"\t<key>" + escape(key) + b"</key>\n\t<data>\n" + lines + b"\t</data>\n"
-    return HEAD + b"<dict>\n" + body + b"</dict>\n</plist>\n"
+    return plistlib.dumps(datas, fmt=plistlib.FMT_XML)
 
 
 def block(payload, order="<"):
