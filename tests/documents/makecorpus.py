@@ -83,6 +83,7 @@ def main():
                                                   xml_strings(["public.utf8-plain-text"]), xml_datas({})),
         "1-long-display-string": text_record("x" * 140 + " ..."),
         "1-unreadable-plists": record(archive("plain"), b"garbage", b"<dict>"),
+        "1-empty-types": record(archive("untyped"), xml_strings([]), xml_datas({})),
         "2-cut-after-content": two + third[:content_end],
         "2-cut-inside-types": two + third[:content_end + 10],
         "2-cut-inside-datas": two + third[:types_end + 6],
