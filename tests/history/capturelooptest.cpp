@@ -68,7 +68,10 @@ TEST_F(CaptureLoopTest, OwnAndSecretWritesAreSkippedByTheTickButTakenByAManualCa
     EXPECT_EQ(sounds().count(QStringLiteral("Pop")), 5);
 }
 
-TEST_F(CaptureLoopTest, AutoRemoveKeepsTheSixthCaptureOneTickThenDropsTheOldest)
+// The trim comes before the capture of its tick. The oldest go first by the
+// number their sequence text starts with, not by row or by text; entries
+// hidden by the filter neither count nor go.
+TEST_F(CaptureLoopTest, AutoRemoveKeepsTheArrangedEntriesWithTheLargestNumbers)
 {
     registries.setLimitNumber(5);
     for (int i = 0; i < 6; ++i) {
@@ -78,12 +81,8 @@ TEST_F(CaptureLoopTest, AutoRemoveKeepsTheSixthCaptureOneTickThenDropsTheOldest)
     EXPECT_EQ(nsac.arrangedCount(), 6);
     tick();
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("1 2 3 4 5").split(u' '));
-}
 
-// The oldest go first by the number their sequence text starts with, not by
-// row or by text; entries hidden by the filter neither count nor go.
-TEST_F(CaptureLoopTest, AutoRemoveTakesTheSmallestNumbersAmongTheArrangedEntriesWhateverTheRowOrder)
-{
+    actions.removeAllObject();
     registries.setAutoRemove(false);
     registries.setLimitNumber(3);
     for (const QString &number : QStringLiteral("10 2x 9 zero").split(u' '))
