@@ -77,16 +77,6 @@ TEST_F(ControllerTest, LaunchRecordsAnnouncesAndCapturesWhatIsAlreadyThereButNot
     EXPECT_TRUE(controller->nsac().arrangedObjects().last()->types().contains(QStringLiteral("quillstash.ignore")));
 }
 
-TEST_F(ControllerTest, RecordingOffAtStartupCapturesNothing)
-{
-    defaults.setObject(false, QStringLiteral("recatstartup"));
-    launch();
-    pasteboard.setText(QStringLiteral("ignored"));
-    controller->MainTimer();
-    EXPECT_EQ(controller->nsac().arrangedCount(), 0);
-    EXPECT_TRUE(noticeService.sent().isEmpty());
-}
-
 // Sounds ask the preference at the moment they play; the tick drives auto-save.
 TEST_F(ControllerTest, SoundsFollowThePreferenceAndTheTickSavesAutomatically)
 {
