@@ -9,8 +9,10 @@
 #include <QPainter>
 #include <QUrl>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstring>
 
 namespace {
 
@@ -48,6 +50,31 @@ void ensureContentsFont()
     contFont = font;
 }
 
+// Values with the very same bytes keep one buffer: a backup file holds the
+// text once per text type, a picture once per name it was copied under.
+// Only values of one size are compared, and one buffer is equal to itself.
+void shareEqualValues(contents::Datas &datas)
+{
+    QList<QByteArray> distinct;
+    QList<std::pair<QString, QByteArray>> shared;
+    for (auto it = datas.cbegin(); it != datas.cend(); ++it) {
+        const QByteArray &value = *it;
+        if (value.isEmpty())
+            continue;
+        const auto same = std::find_if(distinct.cbegin(), distinct.cend(), [&](const QByteArray &other) {
+            return other.size() == value.size()
+                && (other.constData() == value.constData()
+                    || std::memcmp(other.constData(), value.constData(), size_t(value.size())) == 0);
+        });
+        if (same == distinct.cend())
+            distinct.append(value);
+        else if (same->constData() != value.constData())
+            shared.append({it.key(), *same});
+    }
+    for (const auto &[type, value] : std::as_const(shared))
+        datas.insert(type, value);
+}
+
 QImage blankCanvas()
 {
     QImage canvas(contents::previewWidth, contents::previewHeight, QImage::Format_ARGB32_Premultiplied);
@@ -78,6 +105,7 @@ void contents::setContent(const QString &text)
 void contents::setDatas(const Datas &datas)
 {
     _pdicDatas = datas;
+    shareEqualValues(_pdicDatas);
 
     int icon = -1;
     if (_parraytypes.contains(PasteboardType::String)) {

@@ -44,8 +44,8 @@ public:
     const QString &contentOrig() const { return _pstrContentOrig; }
     void setContentOrig(const QString &text) { _pstrContentOrig = text; }
     const Datas &datas() const { return _pdicDatas; }
-    // Stores the data and chooses the type icon; call after setTypes() and
-    // setContent(), whose results it reads.
+    // Stores the data (equal values in one buffer) and chooses the type icon;
+    // call after setTypes() and setContent(), whose results it reads.
     void setDatas(const Datas &datas);
     const QStringList &types() const { return _parraytypes; }
     void setTypes(const QStringList &types) { _parraytypes = types; }

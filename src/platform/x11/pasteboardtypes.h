@@ -25,15 +25,19 @@ public:
     PasteboardTypes() = delete;
 
     // The offered targets worth converting, in the owner's order: protocol
-    // targets, Qt's re-encoded images and legacy text aliases are dropped, and
-    // of the UTF-8 text targets only the most trustworthy one is kept, since
-    // they all carry the same text.
+    // targets, Qt's re-encoded images and legacy text aliases are dropped; of
+    // the UTF-8 text targets only the most trustworthy one is kept, since they
+    // all carry the same text; of a picture's encodings only PNG and TIFF, or
+    // the first one when neither is offered.
     static QStringList targetsToRead(const QStringList &offered);
     // The state as the program sees it, from the offered targets and the data
     // read for them. Targets missing from `read` (timed out, too large) are
-    // left out.
+    // left out. Items with equal bytes share one buffer.
     static QList<PasteboardItem> itemsFromFormats(const QStringList &offered,
                                                   const QHash<QString, QByteArray> &read);
+    // A raster picture's format (image/..., though not SVG, which is the
+    // drawing a picture is made from rather than one of its encodings).
+    static bool isPicture(const QString &format);
     // The format under which a type of the program's own is offered.
     static QString formatForType(const QString &type);
 };
