@@ -53,20 +53,20 @@ TEST(Contents, DisplayStringIsCutAfter140Utf16UnitsAndOtherwiseUntouched)
 // The table shows these pictures, compiled into the program, for each kind.
 TEST(Contents, TypeIconFollowsPrecedence)
 {
-    const struct { QStringList types; QString text; contents::TypeIcon icon; } cases[] = {
-        {{stringType}, QStringLiteral("http://example.org"), contents::IconUrl},
-        {{stringType}, QStringLiteral("HTTP://EXAMPLE.ORG"), contents::IconText},
-        {{stringType}, QStringLiteral("http:/"), contents::IconText},
-        {{plainType}, QStringLiteral("http://example.org"), contents::IconUnknown},
-        {{stringType, urlType}, QStringLiteral("plain"), contents::IconUrl},
-        {{stringType, tiffType}, QStringLiteral("http://x.org"), contents::IconImage},
-        {{urlType, tiffType}, QStringLiteral("x"), contents::IconImage},
+    const char *const icons[] = {":/icontypes_image", ":/icontypes_url", ":/icontypes_text", ":/icontypes_unknown"};
+    const struct { QStringList types; QString text; int icon; } cases[] = {
+        {{stringType}, QStringLiteral("http://example.org"), 1},  {{stringType}, QStringLiteral("HTTP://EXAMPLE.ORG"), 2},
+        {{stringType}, QStringLiteral("http:/"), 2},              {{plainType}, QStringLiteral("http://example.org"), 3},
+        {{stringType, urlType}, QStringLiteral("plain"), 1},      {{stringType, tiffType}, QStringLiteral("http://x.org"), 0},
+        {{urlType, tiffType}, QStringLiteral("x"), 0},
     };
     for (const auto &c : cases) {
         const Entry entry = makeEntry(c.types, c.text);
         EXPECT_EQ(entry->typeImageIndex(), c.icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
-        EXPECT_EQ(entry->typeImage().size(), QSize(32, 32));
-        EXPECT_TRUE(entry->typeImage().hasAlphaChannel());
+        const QImage icon(QString::fromLatin1(icons[c.icon]));
+        EXPECT_EQ(entry->typeImage(), icon);
+        EXPECT_EQ(icon.size(), QSize(32, 32));
+        EXPECT_TRUE(icon.hasAlphaChannel());
     }
 }
 
