@@ -52,49 +52,40 @@ TEST_F(ApplicationRegistriesTest, EachSettingReadsItsStoredValueOrItsDefault)
     }
 }
 
-TEST_F(ApplicationRegistriesTest, OnlyPhraseSlotsOneToNineAreReadAndWritten)
+// A cleared phrase is not written: its stored text comes back at the next launch.
+TEST_F(ApplicationRegistriesTest, OnlyPhraseSlotsOneToNineAreReadAndWrittenAndClearedOnesKeepTheirText)
 {
     defaults.setObject("zero", "phrase_title0");
     defaults.setObject("ten", "phrase_title10");
     defaults.setObject("first", "phrase_title1");
     defaults.setObject("ninth body", "phrase_content9");
     defaults.setObject(42, "phrase_content2");
+    defaults.setObject("Greeting", "phrase_title3");
+    defaults.setObject("Hello", "phrase_content3");
     auto store = create();
     EXPECT_TRUE(store->fixedPhraseTitle(0).isNull());
     EXPECT_EQ((QStringList{store->fixedPhraseTitle(1), store->fixedPhraseContent(9), store->fixedPhraseContent(2)}),
               (QStringList{"first", "ninth body", "42"}));
 
     store->setFixedPhraseTitle("never stored", 0);
-    store->setFixedPhraseTitle("title one", 1);
-    store->setFixedPhrasContent("content one", 1);
-    store->setFixedPhraseTitle("title nine", 9);
-    store->setFixedPhrasContent("content nine", 9);
+    store->setFixedPhraseTitle(QString(), 3);
+    store->setFixedPhrasContent(QString(), 3);
+    const QStringList keys{"phrase_title1", "phrase_content1", "phrase_title9", "phrase_content9"};
+    const QStringList texts{"title one", "content one", "title nine", "content nine"};
+    store->setFixedPhraseTitle(texts[0], 1);
+    store->setFixedPhrasContent(texts[1], 1);
+    store->setFixedPhraseTitle(texts[2], 9);
+    store->setFixedPhrasContent(texts[3], 9);
     store->writeRegistry();
     EXPECT_EQ(defaults.objectForKey("phrase_title0"), QVariant("zero"));
     EXPECT_FALSE(defaults.values().contains("phrase_content0"));
-    const QStringList keys{"phrase_title1", "phrase_content1", "phrase_title9", "phrase_content9"};
-    const QStringList texts{"title one", "content one", "title nine", "content nine"};
     for (qsizetype i = 0; i < keys.size(); ++i)
         EXPECT_EQ(defaults.objectForKey(keys[i]), QVariant(texts[i])) << keys[i].toStdString();
     store.reset();
     store = create();
     EXPECT_EQ((QStringList{store->fixedPhraseTitle(1), store->fixedPhraseContent(1), store->fixedPhraseTitle(9),
-                           store->fixedPhraseContent(9)}),
-              texts);
-}
-
-TEST_F(ApplicationRegistriesTest, ClearedPhraseKeepsItsStoredTextAndComesBack)
-{
-    defaults.setObject("Greeting", "phrase_title3");
-    defaults.setObject("Hello", "phrase_content3");
-    auto store = create();
-    store->setFixedPhraseTitle(QString(), 3);
-    store->setFixedPhrasContent(QString(), 3);
-    store->writeRegistry();
-    store.reset();
-    store = create();
-    EXPECT_EQ(store->fixedPhraseTitle(3), "Greeting");
-    EXPECT_EQ(store->fixedPhraseContent(3), "Hello");
+                           store->fixedPhraseContent(9), store->fixedPhraseTitle(3), store->fixedPhraseContent(3)}),
+              (texts + QStringList{"Greeting", "Hello"}));
 }
 
 TEST_F(ApplicationRegistriesTest, WriteThenReadRoundTripsEverySetting)
