@@ -3,8 +3,8 @@
 #include "support/scriptedowner.h"
 
 #include <QElapsedTimer>
-#include <QScopeGuard>
 #include <QGuiApplication>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -19,14 +19,29 @@
 namespace {
 
 using Answer = ScriptedOwner::Answer;
+using Items = QList<PasteboardItem>;
 using namespace std::chrono_literals;
 
-constexpr auto shortTimeout = 1000ms;
-
-QList<PasteboardItem> lastSnapshot(const QSignalSpy &spy)
+// A reader whose owners get `timeout` of silence, with a spy on what it reads.
+struct Reading
 {
-    return spy.last().at(0).value<QList<PasteboardItem>>();
-}
+    explicit Reading(std::chrono::milliseconds timeout, qsizetype maxSnapshotBytes = qsizetype(512) << 20)
+        : reader(nullptr, SelectionReader::Limits{timeout, qsizetype(256) << 20, maxSnapshotBytes})
+        , spy(&reader, &ClipboardReader::snapshotRead)
+    {
+        clock.start();
+    }
+    // Milliseconds from the reader's start to its first state; -1 for none.
+    qint64 awaitSnapshot()
+    {
+        return QTest::qWaitFor([&] { return !spy.isEmpty(); }, 10000) ? clock.elapsed() : -1;
+    }
+    Items last() const { return spy.last().at(0).value<Items>(); }
+
+    ClipboardReader reader;
+    QSignalSpy spy;
+    QElapsedTimer clock;
+};
 
 class ClipboardReaderTest : public ::testing::Test
 {
@@ -34,104 +49,69 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(QGuiApplication::platformName(), "xcb") << "run under xvfb-run";
-        qRegisterMetaType<QList<PasteboardItem>>();
+        qRegisterMetaType<Items>();
     }
-
-    // A reader whose owners get `timeout` of silence, and a spy on what it reads.
-    void startReader(std::chrono::milliseconds timeout, qsizetype maxSnapshotBytes = qsizetype(512) << 20)
-    {
-        SelectionReader::Limits limits;
-        limits.ownerTimeout = timeout;
-        limits.maxSnapshotBytes = maxSnapshotBytes;
-        reader = std::make_unique<ClipboardReader>(nullptr, limits);
-        spy = std::make_unique<QSignalSpy>(reader.get(), &ClipboardReader::snapshotRead);
-    }
-    // Waits for the snapshot of an owner that took the clipboard after the
-    // reader started; its time from now.
-    qint64 awaitSnapshot(int timeoutMs = 10000)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return !spy->isEmpty(); }, timeoutMs)) << "no snapshot";
-        return clock.elapsed();
-    }
-
-    std::unique_ptr<ClipboardReader> reader;
-    std::unique_ptr<QSignalSpy> spy;
 };
 
-// One budget of silence for all the formats of an owner: after its first
-// time-out the rest are not even asked for, what arrived is published, and
-// the late answer finds no window to land in.
-TEST_F(ClipboardReaderTest, HungOwnerHoldsTheSnapshotBackOneTimeOutAndNoLonger)
+// Owners that answer badly: what the state holds and when it comes. One
+// allowance of silence serves all the formats of an owner: after its first
+// time-out the rest are not asked for and the late answer finds no window to
+// land in. A refusal counts whatever time it carries; a TARGETS answer that
+// is no list of atoms lists nothing; a format that would take the state past
+// its budget is left out, an announced INCR size beyond it at once.
+TEST_F(ClipboardReaderTest, StateOfAnOwnerThatAnswersBadly)
 {
-    startReader(shortTimeout);
-    ScriptedOwner owner({{"text/html", Answer::Data, "<b>read</b>"},
-                         {"application/x-first-silent", Answer::Silent, "late"},
-                         {"text/rtf", Answer::Data, "{\\rtf never asked}"},
-                         {"application/x-second-silent", Answer::Silent, "late"}});
-    ASSERT_TRUE(owner.isOwner());
-    const qint64 delay = awaitSnapshot();
-    EXPECT_GE(delay, 900);
-    EXPECT_LT(delay, 1900) << "the silent formats were waited for one by one";
-    EXPECT_EQ(lastSnapshot(*spy), (QList<PasteboardItem>{{"public.html", "<b>read</b>"}}));
-    EXPECT_EQ(owner.requests("text/rtf"), 0);
-    EXPECT_EQ(owner.requests("application/x-second-silent"), 0);
-    EXPECT_FALSE(owner.answerLate()) << "the abandoned conversion's window still takes data";
-}
-
-TEST_F(ClipboardReaderTest, RefusalCountsWhateverTimeItCarries)
-{
-    startReader(3000ms);
-    ScriptedOwner owner({{"text/html", Answer::Refuse}, {"text/rtf", Answer::Data, "{\\rtf kept}"}});
-    ASSERT_TRUE(owner.isOwner());
-    EXPECT_LT(awaitSnapshot(), 1500) << "the refusal was waited out";
-    EXPECT_EQ(lastSnapshot(*spy), (QList<PasteboardItem>{{"public.rtf", "{\\rtf kept}"}}));
-}
-
-TEST_F(ClipboardReaderTest, TargetListThatIsNoListOfAtomsReadsNothing)
-{
-    startReader(shortTimeout);
-    ScriptedOwner owner({{"text/html", Answer::Data, "<b>html</b>"}}, false);
-    ASSERT_TRUE(owner.isOwner());
-    EXPECT_LT(awaitSnapshot(), 900);
-    EXPECT_TRUE(lastSnapshot(*spy).isEmpty());
-    EXPECT_EQ(owner.requests("text/html"), 0);
+    const QByteArray big(60 * 1024, 'h');
+    const struct
+    {
+        const char *what;
+        QList<ScriptedOwner::Format> formats;
+        bool targetsAsAtoms;
+        qsizetype budget;
+        Items items;
+        qint64 minMs, maxMs;
+        QByteArray notAsked;
+    } rows[] = {
+        {"hung", {{"text/html", Answer::Data, "<b>read</b>"}, {"application/x-silent", Answer::Silent, "late"},
+          {"text/rtf", Answer::Data, "{\\rtf}"}, {"application/x-silent-too", Answer::Silent}},
+         true, 1 << 20, {{"public.html", "<b>read</b>"}}, 900, 1900, "text/rtf"},
+        {"refused", {{"text/html", Answer::Refuse}, {"text/rtf", Answer::Data, "{\\rtf kept}"}},
+         true, 1 << 20, {{"public.rtf", "{\\rtf kept}"}}, 0, 500, {}},
+        {"targets not atoms", {{"text/html", Answer::Data, "<b>html</b>"}}, false, 1 << 20, {}, 0, 500, "text/html"},
+        {"over budget", {{"text/html", Answer::Data, big}, {"text/rtf", Answer::Data, QByteArray(60 * 1024, 'r')},
+          {"application/x-small", Answer::Data, "small"}, {"application/x-huge", Answer::IncrStall, QByteArray(200 * 1024, 'x')}},
+         true, 100 * 1024, {{"public.html", big}, {"application/x-small", "small"}}, 0, 500, {}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        Reading reading(1000ms, row.budget);
+        ScriptedOwner owner(row.formats, row.targetsAsAtoms);
+        ASSERT_TRUE(owner.isOwner());
+        const qint64 delay = reading.awaitSnapshot();
+        EXPECT_GE(delay, row.minMs);
+        EXPECT_LE(delay, row.maxMs);
+        EXPECT_EQ(reading.last(), row.items);
+        if (!row.notAsked.isEmpty())
+            EXPECT_EQ(owner.requests(row.notAsked), 0);
+        EXPECT_FALSE(owner.lateAnswerLanded()) << "an abandoned conversion's window still takes data";
+    }
 }
 
 // The owner of an INCR transfer goes on sending after the clipboard changed
 // hands: its chunks must reach neither the next state nor anything else.
 TEST_F(ClipboardReaderTest, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
 {
-    startReader(5000ms);
-    const QByteArray stalled(64 * 1024, 's');
-    auto first = std::make_unique<ScriptedOwner>(QList<ScriptedOwner::Format>{{"text/html", Answer::IncrStall, stalled}});
-    ASSERT_TRUE(first->isOwner());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return first->requests("text/html") == 1; }, 2000));
+    Reading reading(5000ms);
+    ScriptedOwner first({{"text/html", Answer::IncrStall, QByteArray(64 * 1024, 's')}});
+    ASSERT_TRUE(first.isOwner());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first.requests("text/html") == 1; }, 2000));
     QTest::qWait(100); // the first chunk is taken, the rest never comes
     ScriptedOwner second({{"text/html", Answer::Data, "<i>second</i>"}});
     ASSERT_TRUE(second.isOwner());
-    EXPECT_LT(awaitSnapshot(), 1000);
-    EXPECT_EQ(spy->size(), 1) << "the interrupted state was published";
-    EXPECT_EQ(lastSnapshot(*spy), (QList<PasteboardItem>{{"public.html", "<i>second</i>"}}));
-    EXPECT_FALSE(first->answerLate()) << "the abandoned transfer can still write where it wrote";
-}
-
-// A snapshot holds at most its budget: a format that would pass it is left
-// out, and smaller ones after it still fit.
-TEST_F(ClipboardReaderTest, FormatThatWouldPassTheSnapshotBudgetIsLeftOut)
-{
-    startReader(shortTimeout, 100 * 1024);
-    ScriptedOwner owner({{"text/html", Answer::Data, QByteArray(60 * 1024, 'h')},
-                         {"text/rtf", Answer::Data, QByteArray(60 * 1024, 'r')},
-                         {"application/x-small", Answer::Data, "small"},
-                         {"application/x-announced-huge", Answer::IncrStall, QByteArray(200 * 1024, 'x')}});
-    ASSERT_TRUE(owner.isOwner());
-    EXPECT_LT(awaitSnapshot(), 900) << "an announced size beyond the budget was not refused at once";
-    const QList<PasteboardItem> items = lastSnapshot(*spy);
-    ASSERT_EQ(items.size(), 2);
-    EXPECT_EQ(items[0], (PasteboardItem{"public.html", QByteArray(60 * 1024, 'h')}));
-    EXPECT_EQ(items[1], (PasteboardItem{"application/x-small", "small"}));
+    EXPECT_LT(reading.awaitSnapshot(), 1000);
+    EXPECT_EQ(reading.spy.size(), 1) << "the interrupted state was published";
+    EXPECT_EQ(reading.last(), (Items{{"public.html", "<i>second</i>"}}));
+    EXPECT_FALSE(first.lateAnswerLanded()) << "the abandoned transfer can still write where it wrote";
 }
 
 TEST_F(ClipboardReaderTest, ReadsTheDisplayQtOpenedWhateverDisplaySaysNow)
@@ -139,12 +119,11 @@ TEST_F(ClipboardReaderTest, ReadsTheDisplayQtOpenedWhateverDisplaySaysNow)
     const QByteArray display = qgetenv("DISPLAY");
     const auto restore = qScopeGuard([&] { qputenv("DISPLAY", display); });
     qputenv("DISPLAY", ":4711");
-    startReader(shortTimeout);
+    Reading reading(1000ms);
     ScriptedOwner owner({{"text/html", Answer::Data, "<p>here</p>"}}, true, display);
     ASSERT_TRUE(owner.isOwner());
-    awaitSnapshot(3000);
-    ASSERT_FALSE(spy->isEmpty());
-    EXPECT_EQ(lastSnapshot(*spy), (QList<PasteboardItem>{{"public.html", "<p>here</p>"}}));
+    ASSERT_GE(reading.awaitSnapshot(), 0);
+    EXPECT_EQ(reading.last(), (Items{{"public.html", "<p>here</p>"}}));
 }
 
 // With no file descriptor left for its wake-up, or one left for the wake-up
@@ -164,8 +143,7 @@ TEST_F(ClipboardReaderTest, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
         lowered.rlim_cur = rlim_t(lowestFree + spare);
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lowered), 0);
         auto made = std::make_unique<ClipboardReader>();
-        // Its thread has failed by now, or never started.
-        QTest::qWait(200);
+        QTest::qWait(200); // its thread has failed by now, or never started
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &saved), 0);
         // Destroyed on a thread of its own, so that a hang fails the test
         // instead of stopping the suite.

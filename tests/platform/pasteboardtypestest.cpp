@@ -106,14 +106,10 @@ TEST(PasteboardTypes, EqualBytesShareOneBuffer)
     EXPECT_EQ(items[2].data, "<i>same</i>");
 }
 
-// Whatever was read can be offered again under the format it came from.
+// Whatever was read is offered again under the format it came from (the
+// text types are read back from the clipboard in the pasteboard's tests).
 TEST(PasteboardTypes, WritingGivesEveryTypeBackItsDesktopFormat)
 {
-    // The named types are checked by reading them back below.
-    const QList<std::pair<QString, QString>> table = {{utf8Text, "text/plain"}, {nsString, "text/plain"},
-        {"text/uri-list", "text/uri-list"}, {"quillstash.ignore", "quillstash.ignore"}, {"STRING", "STRING"}};
-    for (const auto &[type, format] : table)
-        EXPECT_EQ(PasteboardTypes::formatForType(type), format) << type.toStdString();
     const QStringList offered = {"text/html", "text/rtf", "image/png", "image/tiff", "text/uri-list", "x-special/gnome"};
     QHash<QString, QByteArray> read;
     for (const QString &format : offered)
@@ -124,6 +120,7 @@ TEST(PasteboardTypes, WritingGivesEveryTypeBackItsDesktopFormat)
         EXPECT_EQ(PasteboardTypes::formatForType(items[i].type), offered[i]);
         EXPECT_EQ(items[i].data, read.value(offered[i]));
     }
+    EXPECT_EQ(PasteboardTypes::formatForType("quillstash.ignore"), "quillstash.ignore");
 }
 
 } // namespace

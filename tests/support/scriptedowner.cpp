@@ -10,6 +10,22 @@ namespace {
 
 constexpr int incrChunkBytes = 4096;
 
+quint32 internAtom(xcb_connection_t *connection, const QByteArray &name)
+{
+    auto *reply = xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, name.size(), name.constData()), nullptr);
+    const quint32 atom = reply ? reply->atom : XCB_NONE;
+    std::free(reply);
+    return atom;
+}
+
+quint32 selectionOwner(xcb_connection_t *connection, quint32 selection)
+{
+    auto *reply = xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr);
+    const quint32 owner = reply ? reply->owner : XCB_NONE;
+    std::free(reply);
+    return owner;
+}
+
 } // namespace
 
 ScriptedOwner::ScriptedOwner(QList<Format> formats, bool targetsAsAtoms, const QByteArray &display)
@@ -19,15 +35,16 @@ ScriptedOwner::ScriptedOwner(QList<Format> formats, bool targetsAsAtoms, const Q
     m_connection = xcb_connect(display.isEmpty() ? nullptr : display.constData(), nullptr);
     if (xcb_connection_has_error(m_connection))
         return;
-    const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+    for (const Format &format : std::as_const(m_formats))
+        m_atoms.append(internAtom(m_connection, format.target));
+    m_targets = internAtom(m_connection, "TARGETS");
+    m_incr = internAtom(m_connection, "INCR");
+    m_clipboard = internAtom(m_connection, "CLIPBOARD");
     m_window = xcb_generate_id(m_connection);
-    xcb_create_window(m_connection, 0, m_window, screen->root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      XCB_COPY_FROM_PARENT, 0, nullptr);
-    const quint32 clipboard = atom("CLIPBOARD");
-    xcb_set_selection_owner(m_connection, m_window, clipboard, XCB_CURRENT_TIME);
-    auto *owner = xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, clipboard), nullptr);
-    m_owner = owner && owner->owner == m_window;
-    std::free(owner);
+    xcb_create_window(m_connection, 0, m_window, xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root, 0,
+                      0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(m_connection, m_window, m_clipboard, XCB_CURRENT_TIME);
+    m_owner = selectionOwner(m_connection, m_clipboard) == m_window;
     m_thread = std::thread([this] { run(); });
 }
 
@@ -36,6 +53,10 @@ ScriptedOwner::~ScriptedOwner()
     m_stop = true;
     if (m_thread.joinable())
         m_thread.join();
+    if (m_owner) {
+        xcb_set_selection_owner(m_connection, XCB_NONE, m_clipboard, XCB_CURRENT_TIME);
+        selectionOwner(m_connection, m_clipboard); // the round trip makes it so
+    }
     xcb_disconnect(m_connection);
 }
 
@@ -45,32 +66,29 @@ int ScriptedOwner::requests(const QByteArray &target) const
     return int(m_asked.count(target));
 }
 
-bool ScriptedOwner::answerLate()
+bool ScriptedOwner::lateAnswerLanded()
 {
     QList<Pending> pending;
     {
         const std::lock_guard lock(m_mutex);
         pending.swap(m_pending);
     }
-    bool written = true;
+    bool landed = false;
     for (const Pending &late : std::as_const(pending)) {
         xcb_generic_error_t *error = xcb_request_check(
             m_connection, xcb_change_property_checked(m_connection, XCB_PROP_MODE_REPLACE, late.requestor,
-                                                      late.property, late.type, 8, late.rest.size(),
+                                                      late.property, late.target, 8, late.rest.size(),
                                                       late.rest.constData()));
-        written = written && !error;
+        landed = landed || !error;
         std::free(error);
     }
-    return written;
+    return landed;
 }
 
-quint32 ScriptedOwner::atom(const QByteArray &name)
+const ScriptedOwner::Format *ScriptedOwner::format(quint32 target) const
 {
-    auto *reply = xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, name.size(), name.constData()),
-                                        nullptr);
-    const quint32 value = reply ? reply->atom : XCB_NONE;
-    std::free(reply);
-    return value;
+    const qsizetype i = m_atoms.indexOf(target);
+    return i < 0 ? nullptr : &m_formats[i];
 }
 
 void ScriptedOwner::run()
@@ -87,35 +105,28 @@ void ScriptedOwner::run()
             continue;
         }
         const uint8_t type = event->response_type & 0x7f;
-        if (type == XCB_SELECTION_REQUEST) {
-            const auto *request = reinterpret_cast<const xcb_selection_request_event_t *>(event);
-            handleRequest(request);
-            for (const Format &format : std::as_const(m_formats)) {
-                if (format.answer == Answer::IncrStall && atom(format.target) == request->target)
-                    announced.append({request->requestor, request->property, request->target, format.data});
-            }
-        } else if (type == XCB_PROPERTY_NOTIFY) {
-            const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event);
-            for (qsizetype i = 0; i < announced.size(); ++i) {
-                Pending &transfer = announced[i];
-                if (notify->state != XCB_PROPERTY_DELETE || notify->window != transfer.requestor
-                    || notify->atom != transfer.property)
-                    continue;
-                // The header was taken: the first chunk, then nothing.
-                xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, transfer.requestor, transfer.property,
-                                    transfer.type, 8, incrChunkBytes, transfer.rest.constData());
-                transfer.rest.remove(0, incrChunkBytes);
-                const std::lock_guard lock(m_mutex);
-                m_pending.append(announced.takeAt(i));
-                break;
-            }
+        if (type == XCB_SELECTION_REQUEST)
+            answer(event, announced);
+        const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event);
+        for (qsizetype i = 0; type == XCB_PROPERTY_NOTIFY && i < announced.size(); ++i) {
+            Pending &transfer = announced[i];
+            if (notify->state != XCB_PROPERTY_DELETE || notify->window != transfer.requestor
+                || notify->atom != transfer.property)
+                continue;
+            // The header was taken: the first chunk, then nothing.
+            xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, transfer.requestor, transfer.property,
+                                transfer.target, 8, incrChunkBytes, transfer.rest.constData());
             xcb_flush(m_connection);
+            transfer.rest.remove(0, incrChunkBytes);
+            const std::lock_guard lock(m_mutex);
+            m_pending.append(announced.takeAt(i));
+            break;
         }
         std::free(event);
     }
 }
 
-void ScriptedOwner::handleRequest(const void *event)
+void ScriptedOwner::answer(const void *event, QList<Pending> &announced)
 {
     const auto *request = static_cast<const xcb_selection_request_event_t *>(event);
     xcb_selection_notify_event_t notify{};
@@ -125,44 +136,33 @@ void ScriptedOwner::handleRequest(const void *event)
     notify.selection = request->selection;
     notify.target = request->target;
     notify.property = request->property;
-
-    const quint32 targets = atom("TARGETS");
-    if (request->target == targets) {
-        QList<quint32> atoms{targets};
-        for (const Format &format : std::as_const(m_formats))
-            atoms.append(atom(format.target));
+    const Format *asked = format(request->target);
+    if (request->target == m_targets) {
+        const QList<quint32> atoms = QList<quint32>{m_targets} + m_atoms;
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
                             m_targetsAsAtoms ? XCB_ATOM_ATOM : XCB_ATOM_INTEGER, 32, atoms.size(), atoms.constData());
+    } else if (!asked || asked->answer == Answer::Refuse) {
+        notify.property = XCB_NONE;
+        notify.time = request->time + 1; // owners stamp refusals carelessly
+    } else if (asked->answer == Answer::Silent) {
+        const std::lock_guard lock(m_mutex);
+        m_asked.append(asked->target);
+        m_pending.append({request->requestor, request->property, request->target, asked->data});
+        return;
+    } else if (asked->answer == Answer::IncrStall) {
+        const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(m_connection, request->requestor, XCB_CW_EVENT_MASK, &mask);
+        const quint32 size = quint32(asked->data.size());
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property, m_incr, 32,
+                            1, &size);
+        announced.append({request->requestor, request->property, request->target, asked->data});
     } else {
-        const Format *asked = nullptr;
-        for (const Format &format : std::as_const(m_formats)) {
-            if (atom(format.target) == request->target)
-                asked = &format;
-        }
-        {
-            const std::lock_guard lock(m_mutex);
-            m_asked.append(asked ? asked->target : QByteArray());
-        }
-        const Answer answer = asked ? asked->answer : Answer::Refuse;
-        if (answer == Answer::Silent) {
-            const std::lock_guard lock(m_mutex);
-            m_pending.append({request->requestor, request->property, request->target, asked->data});
-            return;
-        }
-        if (answer == Answer::Refuse) {
-            notify.property = XCB_NONE;
-            // Not the time of the request: owners stamp refusals carelessly.
-            notify.time = request->time + 1;
-        } else if (answer == Answer::IncrStall) {
-            const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-            xcb_change_window_attributes(m_connection, request->requestor, XCB_CW_EVENT_MASK, &mask);
-            const quint32 size = quint32(asked->data.size());
-            xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
-                                atom("INCR"), 32, 1, &size);
-        } else {
-            xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
-                                request->target, 8, asked->data.size(), asked->data.constData());
-        }
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
+                            request->target, 8, asked->data.size(), asked->data.constData());
+    }
+    if (asked) {
+        const std::lock_guard lock(m_mutex);
+        m_asked.append(asked->target);
     }
     xcb_send_event(m_connection, 0, request->requestor, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char *>(&notify));
     xcb_flush(m_connection);

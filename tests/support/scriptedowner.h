@@ -4,7 +4,6 @@
 #include <QList>
 
 #include <atomic>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -28,33 +27,37 @@ public:
     // `targetsAsAtoms` false: TARGETS comes back as INTEGER, not ATOM. An
     // empty display name: the one DISPLAY names.
     explicit ScriptedOwner(QList<Format> formats, bool targetsAsAtoms = true, const QByteArray &display = {});
+    // Gives the clipboard up before it goes, so that nobody owns it after.
     ~ScriptedOwner();
     ScriptedOwner(const ScriptedOwner &) = delete;
     ScriptedOwner &operator=(const ScriptedOwner &) = delete;
 
-    // False when it could not take the clipboard.
     bool isOwner() const { return m_owner; }
     // How many conversions of the target were asked for.
     int requests(const QByteArray &target) const;
     // Answers every conversion left unanswered (silent ones, stalled INCR
-    // transfers) now, into the window and property the reader named. False
-    // when the server refused a write, i.e. the window is gone.
-    bool answerLate();
+    // transfers) now, into the window and property the reader named; true
+    // when any of them landed there.
+    bool lateAnswerLanded();
 
 private:
     struct Pending
     {
         quint32 requestor;
         quint32 property;
-        quint32 type;
+        quint32 target;
         QByteArray rest;
     };
 
     void run();
-    void handleRequest(const void *event);
-    quint32 atom(const QByteArray &name);
+    void answer(const void *request, QList<Pending> &announced);
+    const Format *format(quint32 target) const;
 
     QList<Format> m_formats;
+    QList<quint32> m_atoms; // of m_formats, in order
+    quint32 m_targets = 0;
+    quint32 m_incr = 0;
+    quint32 m_clipboard = 0;
     bool m_targetsAsAtoms;
     xcb_connection_t *m_connection = nullptr;
     quint32 m_window = 0;
