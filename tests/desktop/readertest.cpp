@@ -54,22 +54,3 @@ TEST_F(ReaderTest, partlyHungOwnerIsCapturedAfterOneTimeOutAndHoldsUpNothing)
     EXPECT_EQ(captures().last(), textTypes);
     quitProgram();
 }
-
-// Copies that land on consecutive ticks are each announced: the repeat
-// filter drops a same-titled notice within 999 ms.
-TEST_F(ReaderTest, capturesOnConsecutiveTicksEachPostTheirNotice)
-{
-    constexpr int copies = 8;
-    ASSERT_TRUE(startProgram());
-    for (int i = 0; i < copies; ++i) {
-        ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs));
-        ASSERT_TRUE(copy("copy before tick " + QByteArray::number(i)));
-    }
-    ASSERT_TRUE(waitForCaptures(copies));
-    ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs));
-    QStringList bodies;
-    for (const NotificationServer::Notice &notice : noticesTitled(added))
-        bodies.append(notice.body);
-    EXPECT_EQ(bodies.size(), copies) << bodies.join(u'\n').toStdString();
-    quitProgram();
-}
