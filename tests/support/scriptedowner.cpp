@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int incrChunkBytes = 4096;
-
 quint32 internAtom(xcb_connection_t *connection, const QByteArray &name)
 {
     auto *reply = xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, name.size(), name.constData()), nullptr);
@@ -93,8 +91,6 @@ const ScriptedOwner::Format *ScriptedOwner::format(quint32 target) const
 
 void ScriptedOwner::run()
 {
-    // INCR transfers waiting for the reader to take their header.
-    QList<Pending> announced;
     while (!m_stop) {
         xcb_generic_event_t *event = xcb_poll_for_event(m_connection);
         if (!event) {
@@ -104,29 +100,13 @@ void ScriptedOwner::run()
             poll(&fd, 1, 20);
             continue;
         }
-        const uint8_t type = event->response_type & 0x7f;
-        if (type == XCB_SELECTION_REQUEST)
-            answer(event, announced);
-        const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event);
-        for (qsizetype i = 0; type == XCB_PROPERTY_NOTIFY && i < announced.size(); ++i) {
-            Pending &transfer = announced[i];
-            if (notify->state != XCB_PROPERTY_DELETE || notify->window != transfer.requestor
-                || notify->atom != transfer.property)
-                continue;
-            // The header was taken: the first chunk, then nothing.
-            xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, transfer.requestor, transfer.property,
-                                transfer.target, 8, incrChunkBytes, transfer.rest.constData());
-            xcb_flush(m_connection);
-            transfer.rest.remove(0, incrChunkBytes);
-            const std::lock_guard lock(m_mutex);
-            m_pending.append(announced.takeAt(i));
-            break;
-        }
+        if ((event->response_type & 0x7f) == XCB_SELECTION_REQUEST)
+            answer(event);
         std::free(event);
     }
 }
 
-void ScriptedOwner::answer(const void *event, QList<Pending> &announced)
+void ScriptedOwner::answer(const void *event)
 {
     const auto *request = static_cast<const xcb_selection_request_event_t *>(event);
     xcb_selection_notify_event_t notify{};
@@ -150,12 +130,12 @@ void ScriptedOwner::answer(const void *event, QList<Pending> &announced)
         m_pending.append({request->requestor, request->property, request->target, asked->data});
         return;
     } else if (asked->answer == Answer::IncrStall) {
-        const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(m_connection, request->requestor, XCB_CW_EVENT_MASK, &mask);
+        // The transfer starts and never sends a chunk.
         const quint32 size = quint32(asked->data.size());
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property, m_incr, 32,
                             1, &size);
-        announced.append({request->requestor, request->property, request->target, asked->data});
+        const std::lock_guard lock(m_mutex);
+        m_pending.append({request->requestor, request->property, request->target, asked->data});
     } else {
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
                             request->target, 8, asked->data.size(), asked->data.constData());

@@ -11,7 +11,7 @@ struct xcb_connection_t;
 
 // A clipboard owner that answers as it is told, on a thread and an X
 // connection of its own: with data, with a refusal stamped with an odd time,
-// never, or with an INCR transfer that stops after its first chunk. It plays
+// never, or with an INCR transfer that never sends a chunk. It plays
 // the programs that real owners are not polite enough to be on demand.
 class ScriptedOwner
 {
@@ -50,7 +50,7 @@ private:
     };
 
     void run();
-    void answer(const void *request, QList<Pending> &announced);
+    void answer(const void *request);
     const Format *format(quint32 target) const;
 
     QList<Format> m_formats;
