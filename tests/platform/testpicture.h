@@ -3,8 +3,7 @@
 #include <QBuffer>
 #include <QImage>
 
-// A small PNG, transparent but for a red line, so that a lossy or
-// alpha-dropping conversion shows.
+// A small PNG, transparent but for a red line, so that a lossy or alpha-dropping conversion shows.
 inline QByteArray pngPicture()
 {
     QImage image(24, 16, QImage::Format_ARGB32);
@@ -13,7 +12,6 @@ inline QByteArray pngPicture()
         image.setPixelColor(x, x, QColor(200, 40, 10));
     QByteArray png;
     QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return png;
 }
