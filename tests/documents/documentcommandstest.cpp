@@ -67,6 +67,7 @@ TEST_F(DocumentCommandsTest, panelsAndTheAlertOfAnEmptyHistoryOfferTheirFoldersA
         pasteboard.setText(u"copied meanwhile"_s);
         capture.MainTimer();
     });
+    // Save of an empty history only alerts, with a file or without.
     for (const QString &current : {path(u"kept.qs_backup"_s), QString()}) {
         capture.setMyPath(current);
         capture.setEStatus(1);
