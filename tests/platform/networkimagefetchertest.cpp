@@ -25,11 +25,10 @@ TEST(NetworkImageFetcher, AnswersWithThePictureOrNullWithinTheLimits)
 
     const QByteArray png = pngPicture();
     const QByteArray tooLarge = png + QByteArray(sizeLimit, '\0');
-    // A loopback web server: each path answers with a canned response, or never.
     const QHash<QByteArray, QByteArray> routes{{"/photo.JPEG?size=large", "HTTP/1.1 200 OK\r\n\r\n" + png},
                                                {"/page.png", "HTTP/1.1 200 OK\r\n\r\n<html>not a picture</html>"},
                                                {"/stream.png", "HTTP/1.1 200 OK\r\n\r\n" + tooLarge}};
-    QTcpServer server;
+    QTcpServer server; // on loopback: each path answers with its canned response, or never
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
     QObject::connect(&server, &QTcpServer::newConnection, &server, [&] {
         QTcpSocket *socket = server.nextPendingConnection();

@@ -9,7 +9,8 @@
 const QUrl app = QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"));
 const QUrl other = QUrl::fromLocalFile(QStringLiteral("/usr/bin/other"));
 
-// A stored 0, false or other kind of value is read as the typed answer, not as the default.
+// Nothing stored ({}) reads as the default, a stored 0, false or other kind of value as the typed answer.
+// Written in key order: autolaunch, autorec, autoremove, autosave, iconbounce, limitnumber, recatstartup, soundenable.
 TEST(ApplicationRegistries, EachSettingIsReadAsStoredOrAsItsDefaultAndWrittenBack)
 {
     const struct { const char *key; QVariant stored; QList<qint64> written; } rows[] = {
