@@ -91,8 +91,7 @@ TEST_F(ClipboardReaderTest, StateOfAnOwnerThatAnswersBadly)
         EXPECT_GE(delay, row.minMs);
         EXPECT_LE(delay, row.maxMs);
         EXPECT_EQ(reading.last(), row.items);
-        if (!row.notAsked.isEmpty())
-            EXPECT_EQ(owner.requests(row.notAsked), 0);
+        EXPECT_TRUE(row.notAsked.isEmpty() || owner.requests(row.notAsked) == 0) << "asked after the first silence";
         EXPECT_FALSE(owner.lateAnswerLanded()) << "an abandoned conversion's window still takes data";
     }
 }
