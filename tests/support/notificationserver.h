@@ -2,10 +2,6 @@
 
 #include <QDBusConnection>
 #include <QDBusContext>
-#include <QDBusMessage>
-#include <QList>
-#include <QObject>
-#include <QStringList>
 #include <QVariantMap>
 
 // A freedesktop notification server for tests: owns
@@ -29,27 +25,35 @@ public:
     };
 
     explicit NotificationServer(const QDBusConnection &bus = QDBusConnection::sessionBus()) : m_bus(bus) {}
-    ~NotificationServer() override;
+    ~NotificationServer() override
+    {
+        m_bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
+        m_bus.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
+    }
 
-    // Takes the service name and exports the object; false when the name is taken.
-    bool start();
-
+    // False when another server has the name.
+    bool start()
+    {
+        return m_bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this, QDBusConnection::ExportAllSlots)
+            && m_bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
+    }
     const QList<Notice> &notices() const { return m_notices; }
-    void clear() { m_notices.clear(); }
     // Records calls but leaves them unanswered, as a hung server does.
     void setAnswering(bool answering) { m_answering = answering; }
 
 public Q_SLOTS:
-    uint Notify(const QString &app_name, uint replaces_id, const QString &app_icon, const QString &summary,
-                const QString &body, const QStringList &actions, const QVariantMap &hints, int expire_timeout);
+    uint Notify(const QString &appName, uint replacesId, const QString &appIcon, const QString &summary,
+                const QString &body, const QStringList &actions, const QVariantMap &hints, int expireTimeout)
+    {
+        m_notices.append({appName, replacesId, appIcon, summary, body, actions, hints, expireTimeout});
+        setDelayedReply(!m_answering);
+        return uint(m_notices.size());
+    }
     // Bodies may carry markup, so the program escapes clipboard text.
     QStringList GetCapabilities() { return {QStringLiteral("body"), QStringLiteral("body-markup")}; }
 
 private:
     QDBusConnection m_bus;
     QList<Notice> m_notices;
-    QList<QDBusMessage> m_unanswered;
     bool m_answering = true;
-    bool m_started = false;
-    uint m_nextId = 1;
 };
