@@ -36,11 +36,10 @@ bool isBlank(const QImage &image)
 TEST(Contents, DisplayStringIsCutAfter140Utf16UnitsAndOtherwiseUntouched)
 {
     const QString emoji = QString::fromUcs4(U"\U0001F600");
+    const QString a140(140, u'a');
+    const QString lines = QStringLiteral("  line one\n\tline two");
     const struct { QString text; QString shown; } cases[] = {
-        {QString(140, u'a'), QString(140, u'a')},
-        {QString(140, u'a') + u'b', QString(140, u'a') + QStringLiteral(" ...")},
-        {emoji.repeated(70), emoji.repeated(70)},
-        {QStringLiteral("  line one\n\tline two"), QStringLiteral("  line one\n\tline two")},
+        {a140, a140}, {a140 + u'b', a140 + QStringLiteral(" ...")}, {emoji.repeated(70), emoji.repeated(70)}, {lines, lines},
     };
     for (const auto &c : cases) {
         contents entry;
@@ -62,11 +61,9 @@ TEST(Contents, TypeIconFollowsPrecedence)
     };
     for (const auto &c : cases) {
         const Entry entry = makeEntry(c.types, c.text);
-        EXPECT_EQ(entry->typeImageIndex(), c.icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
         const QImage icon(QString::fromLatin1(icons[c.icon]));
-        EXPECT_EQ(entry->typeImage(), icon);
+        EXPECT_EQ(entry->typeImage(), icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
         EXPECT_EQ(icon.size(), QSize(32, 32));
-        EXPECT_TRUE(icon.hasAlphaChannel());
     }
 }
 
@@ -98,16 +95,21 @@ TEST(Contents, FirstPreviewCreatesTheFontAndPreviewsAreTheTiffPictureOrTheTextOr
     EXPECT_TRUE(isBlank(html->image()));
 }
 
-TEST(AddressPicture, PictureArrivingInTimeIsDrawnAtSeventyPercentAndRefreshesTheCachedPreview)
+// A picture arriving for an address is drawn at 70 % and refreshes the cached preview;
+// an undecodable answer is asked again, up to four attempts in all.
+TEST(AddressPicture, PictureArrivingInTimeIsDrawnAndUndecodableAnswersAreRetriedFourTimesAndAfterNeedUpdate)
 {
+    const QUrl page(QStringLiteral("https://example.org/page.html"));
     FakeImageFetcher fetcher;
     fetcher.setPicture(address, solidPicture(40, 20, Qt::blue, "PNG"));
+    fetcher.setPicture(page, QByteArrayLiteral("<html>not a picture</html>"));
     const Entry entry = makeEntry({urlType}, address.toString());
     const Entry late = makeEntry({urlType}, address.toString());
     for (int call = 0; call < 5; ++call)
         late->setImageLater(&fetcher); // gives up at the fifth call, before its picture arrives
     entry->setImageLater(&fetcher);
     entry->setImageLater(&fetcher); // still pending: counts, asks nothing more
+    makeEntry({plainType, stringType}, QStringLiteral("cat.png"))->setImageLater(&fetcher); // no address
     EXPECT_EQ(fetcher.requestCount(), 2);
     EXPECT_EQ(entry->imageAttempts(), 2);
 
@@ -124,29 +126,21 @@ TEST(AddressPicture, PictureArrivingInTimeIsDrawnAtSeventyPercentAndRefreshesThe
     EXPECT_EQ(qAlpha(preview.pixel(200, 40)), 0);
     entry->setImageLater(&fetcher);
     EXPECT_EQ(fetcher.requestCount(), 2);
-}
 
-TEST(AddressPicture, UndecodableAnswersAreRetriedFourTimesAndAgainAfterNeedUpdate)
-{
-    FakeImageFetcher fetcher;
-    fetcher.setPicture(address, QByteArrayLiteral("<html>not a picture</html>"));
-    makeEntry({plainType, stringType}, QStringLiteral("cat.png"))->setImageLater(&fetcher); // no address
     // A plain text address is fetched as well as a link.
-    const Entry entry = makeEntry({plainType, stringType}, address.toString());
+    const Entry text = makeEntry({plainType, stringType}, page.toString());
     for (int attempt = 0; attempt < 4; ++attempt) {
-        EXPECT_FALSE(entry->isImageSet());
-        entry->setImageLater(&fetcher);
+        text->setImageLater(&fetcher);
         fetcher.finishAll();
     }
-    EXPECT_EQ(fetcher.requestCount(), 4);
-    EXPECT_FALSE(entry->isImageSet());
-    entry->setImageLater(&fetcher);
-    EXPECT_TRUE(entry->isImageSet());
-    EXPECT_EQ(fetcher.requestCount(), 4);
-    entry->needUpdateImage();
-    entry->setImageLater(&fetcher);
-    EXPECT_EQ(fetcher.requestCount(), 5);
-    EXPECT_EQ(entry->imageAttempts(), 1);
+    EXPECT_EQ(fetcher.requestCount(), 6);
+    text->setImageLater(&fetcher);
+    EXPECT_TRUE(text->isImageSet());
+    EXPECT_EQ(fetcher.requestCount(), 6);
+    text->needUpdateImage();
+    text->setImageLater(&fetcher);
+    EXPECT_EQ(fetcher.requestCount(), 7);
+    EXPECT_EQ(text->imageAttempts(), 1);
 }
 
 } // namespace

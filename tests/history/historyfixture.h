@@ -26,15 +26,13 @@ class HistoryFixture : public ::testing::Test, protected RecordingRig
 protected:
     HistoryFixture()
     {
-        // The program is quiet by default: every message is kept, as
-        // "category: text", and one that no test expected fails it.
+        // Every message is kept as "category: text"; one that no test expected fails it.
         static HistoryFixture *active = nullptr;
         active = this;
         previousHandler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
             active->logged.append(QString::fromUtf8(context.category) + QStringLiteral(": ") + text);
         });
-        // The tester misses changes made without any signal; counting the
-        // announced rows catches those.
+        // The tester misses changes made without any signal; counting the announced rows catches those.
         QObject::connect(&nsac, &QAbstractItemModel::rowsInserted, [this](auto, int f, int l) { shownRows += l - f + 1; });
         QObject::connect(&nsac, &QAbstractItemModel::rowsRemoved, [this](auto, int f, int l) { shownRows -= l - f + 1; });
         QObject::connect(&nsac, &QAbstractItemModel::modelReset, [this] { shownRows = nsac.rowCount(); });
@@ -63,9 +61,6 @@ protected:
     Entry addEntry(const QString &text, const QString &indexCount = QStringLiteral("0"),
                    const QList<FakePasteboard::Item> &state = {{stringType, "x"}})
     {
-        auto entry = std::make_shared<contents>();
-        entry->setIndexCount(indexCount);
-        entry->setContent(text);
         QStringList types;
         contents::Datas datas;
         for (const FakePasteboard::Item &item : state) {
@@ -73,9 +68,8 @@ protected:
             if (!item.data.isNull())
                 datas.insert(item.type, item.data);
         }
-        entry->setMainType(types.value(0));
-        entry->setTypes(types);
-        entry->setDatas(datas);
+        const Entry entry = makeEntry(types, text, datas);
+        entry->setIndexCount(indexCount);
         nsac.addObject(entry);
         return entry;
     }

@@ -16,16 +16,12 @@ protected:
 
 TEST_F(HistoryListTest, FilterMatchesTheFullTextIgnoringCaseAndKeepsCaptureOrder)
 {
+    // The last match lies beyond the cut display string.
+    addEntry(QString(200, u'x') + QStringLiteral("apple"), QStringLiteral("5"));
     nsac.setFilterString(QStringLiteral("apple"));
-    EXPECT_EQ(arranged(), QStringLiteral("Apple pie,APPLE juice,pineapple").split(u','));
-
-    // The match lies beyond the cut display string.
-    addEntry(QString(200, u'x') + QStringLiteral("needle"), QStringLiteral("5"));
-    addEntry(QStringLiteral("date"), QStringLiteral("6"));
-    nsac.setFilterString(QStringLiteral("NEEDLE"));
-    EXPECT_EQ(arranged(&contents::indexCount), QStringList{QStringLiteral("5")});
+    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 2 4 5").split(u' '));
     nsac.setFilterString(QString());
-    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 1 2 3 4 5 6").split(u' '));
+    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 1 2 3 4 5").split(u' '));
 }
 
 TEST_F(HistoryListTest, SelectionFollowsRemovalsAndFilter)
@@ -47,24 +43,21 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndFilter)
     EXPECT_EQ(changed.count(), 3);
 }
 
+// Few runs of rows go as row removals, many as one reset; the fixture checks that the views were told.
 TEST_F(HistoryListTest, RemovingManyKeepsTheRestInOrder)
 {
-    // Few runs of rows go as row removals, many as one reset; the fixture
-    // checks that the views were told either way.
     for (const int step : {2, 7}) {
+        SCOPED_TRACE(step);
         nsac.removeObjectsAtArrangedObjectIndexes(0, nsac.arrangedCount());
         QList<Entry> gone;
-        QStringList kept;
+        QList<Entry> kept;
         for (int i = 0; i < 100; ++i) {
             const Entry entry = addEntry(QString::number(i), QString::number(i));
-            if (i % step == 1)
-                gone.append(entry);
-            else
-                kept.append(entry->content());
+            (i % step == 1 ? gone : kept).append(entry);
         }
         nsac.setSelectionIndexes({1, 3});
         nsac.removeObjects(gone);
-        EXPECT_EQ(arranged(), kept);
+        EXPECT_EQ(arranged(), texts(kept));
         EXPECT_EQ(shownRows, nsac.rowCount());
         EXPECT_EQ(nsac.selectedObjects().size(), step == 2 ? 0 : 1);
     }

@@ -33,17 +33,12 @@ TEST(NoticesRepeat, SameTitleWithinASecondOfTheLastSentIsDroppedAcrossTheClockWr
 TEST(Notices, SendsTitleDescriptionNameAndPriorityUnstickyAndBouncesEvenForADroppedRepeat)
 {
     RecordingRig rig;
-    rig.notices.messageGrowl(QStringLiteral("Change Pasteboard"), QStringLiteral("hello"),
-                             Notices::ChangePasteboardNotification);
-    rig.notices.messageGrowl(QStringLiteral("Change Pasteboard"), QStringLiteral("again"),
-                             Notices::ChangePasteboardNotification);
-    ASSERT_EQ(rig.noticeService.sent().size(), 1);
-    const auto &n = rig.noticeService.sent().first();
-    EXPECT_EQ((QStringList{n.title, n.description, n.notificationName}),
-              (QStringList{QStringLiteral("Change Pasteboard"), QStringLiteral("hello"),
-                           QStringLiteral("ChangePasteboardNotification")}));
-    EXPECT_EQ(n.priority, 2);
-    EXPECT_FALSE(n.sticky);
+    for (const char *text : {"hello", "again"})
+        rig.notices.messageGrowl(QStringLiteral("Change Pasteboard"), QString::fromLatin1(text),
+                                 Notices::ChangePasteboardNotification);
+    EXPECT_EQ(rig.noticesSent(), QStringList{QStringLiteral("Change Pasteboard|hello|ChangePasteboardNotification")});
+    EXPECT_EQ(rig.noticeService.sent().value(0).priority, 2);
+    EXPECT_FALSE(rig.noticeService.sent().value(0).sticky);
     EXPECT_EQ(rig.dock.attentionRequests(), 2);
 
     rig.registries.setIconBounce(false);
@@ -51,20 +46,42 @@ TEST(Notices, SendsTitleDescriptionNameAndPriorityUnstickyAndBouncesEvenForADrop
     rig.notices.messageGrowl(QStringLiteral("T"), {}, Notices::AddPasteboardNotification);
     EXPECT_EQ(rig.dock.attentionRequests(), 2);
     EXPECT_EQ(rig.noticeService.sent().size(), 2);
-}
 
-// The line said without a notice service is checked against the running
-// program by the desktop tests.
-TEST(Notices, WithoutAServiceNothingIsSentButTheIconStillBounces)
-{
-    RecordingRig rig;
+    // Without a notice service nothing is sent, but the icon still bounces. The line said
+    // then is checked against the running program by the desktop tests.
     FakeNoticeService absent;
     absent.setAvailable(false);
     Notices silent{absent, rig.clock, rig.dock, rig.registries};
     silent.setUp();
+    rig.registries.setIconBounce(true);
     silent.messageGrowl(QStringLiteral("Add to Table"), QStringLiteral("x"), Notices::AddPasteboardNotification);
     EXPECT_TRUE(absent.sent().isEmpty());
-    EXPECT_EQ(rig.dock.attentionRequests(), 1);
+    EXPECT_EQ(rig.dock.attentionRequests(), 3);
+}
+
+// Each switch is announced once, with the product name as title, at the check after it;
+// a switch back before the check is not announced at all.
+TEST(RecordingSwitch, AnnouncesEachSwitchAndCancelStopsAtOnceOnlyWhenAutomaticRecordingIsOff)
+{
+    RecordingRig rig;
+    rig.recording.doAutoRec();
+    rig.recording.toggleAutoRec();
+    rig.recording.checkAutoRecStatus();
+    EXPECT_TRUE(rig.noticeService.sent().isEmpty());
+    rig.recording.doAutoRec();
+    rig.recording.checkAutoRecStatus();
+    rig.recording.checkAutoRecStatus();
+
+    rig.registries.setAutoRec(true);
+    rig.recording.cancelAutoRec();
+    EXPECT_TRUE(rig.recording.automaticRec());
+    rig.registries.setAutoRec(false);
+    rig.clock.advance(5000);
+    rig.recording.cancelAutoRec(); // announced at once, not at the next check
+    EXPECT_FALSE(rig.recording.automaticRec());
+    EXPECT_EQ(rig.noticesSent(), (QStringList{QStringLiteral("Quillstash|Rec Start|RecStartPasteboardNotification"),
+                                              QStringLiteral("Quillstash|Rec Stop|RecStopPasteboardNotification")}));
+    EXPECT_EQ(rig.sounds(), (QStringList{QStringLiteral("Hero"), QStringLiteral("Purr")}));
 }
 
 } // namespace

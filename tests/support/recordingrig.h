@@ -28,6 +28,14 @@ struct RecordingRig
         played.sort();
         return played;
     }
+    // Every notice sent so far, as "title|description|name".
+    QStringList noticesSent() const
+    {
+        QStringList fields;
+        for (const auto &n : noticeService.sent())
+            fields << n.title + u'|' + n.description + u'|' + n.notificationName;
+        return fields;
+    }
 
     FakeUserDefaults defaults;
     FakeLoginItems loginItems;
