@@ -50,7 +50,7 @@ TEST_F(CaptureTest, copiesAreRecordedAndAnnouncedSecretsAndCopiesWhileOffAreNotA
         {"autosave", "false"},  {"autoremove", "true"}, {"limitnumber", "5"}, {"soundenable", "true"},
         {"autolaunch", "true"}, {"iconbounce", "true"}, {"autorec", "true"},   {"recatstartup", "true"}};
     for (const auto &[key, value] : expected)
-        EXPECT_EQ(settings.value(key).toString(), value) << key;
+        EXPECT_EQ(settings.value(key).toString(), QString::fromLatin1(value)) << key;
     QFile file(entry);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "no autostart entry at " << entry.toStdString();
     EXPECT_TRUE(QString::fromUtf8(file.readAll()).contains(exec)) << "it does not start " << QUILLSTASH_BIN;
@@ -65,6 +65,6 @@ TEST_F(CaptureTest, copiesAreRecordedAndAnnouncedSecretsAndCopiesWhileOffAreNotA
     EXPECT_TRUE(captures().isEmpty());
     quitProgram({QStringLiteral("Could not load Growl.framework")});
     settings.sync();
-    EXPECT_EQ(settings.value("recatstartup").toString(), "false");
+    EXPECT_EQ(settings.value("recatstartup").toString(), QStringLiteral("false"));
     EXPECT_FALSE(QFile::exists(entry)) << "the autostart entry is still there";
 }

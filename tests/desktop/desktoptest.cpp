@@ -40,8 +40,7 @@ void DesktopTest::SetUp()
     QFile asoundrc(m_home.filePath(QStringLiteral(".asoundrc")));
     ASSERT_TRUE(asoundrc.open(QIODevice::WriteOnly) && asoundrc.write("pcm.!default { type null }\n") > 0);
     m_connection = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-    xcb_intern_atom_reply_t *atom =
-        xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, 9, "CLIPBOARD"), nullptr);
+    xcb_intern_atom_reply_t *atom = xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, 9, "CLIPBOARD"), nullptr);
     ASSERT_TRUE(atom);
     m_clipboardAtom = atom->atom;
     free(atom);

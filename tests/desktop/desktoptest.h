@@ -16,6 +16,8 @@ inline const std::map<QString, QString> readBackTargets{
     {QStringLiteral("public.png"), QStringLiteral("image/png")},
 };
 
+inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << text.toStdString() << '"'; }
+
 class QMimeData;
 struct xcb_connection_t;
 
