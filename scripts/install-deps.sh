@@ -11,7 +11,6 @@ packages=(
   googletest libgtest-dev libbenchmark-dev
   clang libclang-rt-14-dev python3
   xvfb xauth xclip xdotool dbus x11-utils x11-xserver-utils imagemagick fonts-dejavu-core
-  python3-gi gir1.2-gtk-3.0
 )
 
 missing=()
