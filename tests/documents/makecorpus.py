@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the backup reader's fuzz seeds into corpus/, each named "<entries it holds>-<what it is>.qs_backup",
-which the unit tests check. The bytes follow the format's description, apart from the program's writer; length
-words are little-endian, as on the test machines."""
+"""Writes the backup reader's fuzz seeds into corpus/ as "<entries it holds>-<what it is>.qs_backup", which the unit
+tests check. The bytes follow the format's description, not the program's writer, with little-endian length words."""
 import pathlib
 import plistlib
 import struct
@@ -31,8 +30,8 @@ def xml(value):
     return plistlib.dumps(value, fmt=plistlib.FMT_XML)
 
 
-def record(content, types, datas, order="<"):
-    return b"".join(struct.pack(order + "i", len(block)) + block for block in (content, types, datas))
+def record(content, types, datas):
+    return b"".join(struct.pack("<i", len(block)) + block for block in (content, types, datas))
 
 
 def entry(text, types, datas):
@@ -59,12 +58,15 @@ files = {
     "0-empty": b"",
     "3-every-kind": every_kind,
     "1-binary-plists": binary,
-    "1-mutable-string-powerpc-archive": record(archive("ppc", powerpc=True), xml([PLAIN]), xml({})),
+    "1-mutable-string-powerpc-archive": record(archive("p" * 200, powerpc=True), xml([PLAIN]), xml({})),
     "1-unreadable-plists": record(archive("plain"), b"garbage", b"<dict>"),
     "1-empty-types": entry("untyped", [], {}),
-    "1-bad-archive": text_record("kept") + record(b"\x04\x0bstreamtyped\x81", b"", b"") + text_record("lost"),
-    "0-big-endian": record(archive("ppc"), xml([PLAIN]), xml({}), ">"),
 }
+# An archive cut short, under an unknown signature, of another class or naming a string never stored ends the load.
+arc = archive("x")
+for name, bad in (("cut", arc[:14]), ("signature", arc.replace(b"streamtyped", b"streamtypex")),
+                  ("class", arc.replace(b"NSString", b"NSNumber")), ("reference", arc.replace(b"\x84\x01+", b"\x99"))):
+    files[f"1-bad-archive-{name}"] = text_record("kept") + record(bad, b"", b"") + text_record("lost")
 # A record cut short anywhere, in or between its blocks, is dropped; the ones before it stay.
 for cut in (1, 4, content_end - 1, content_end, content_end + 2, content_end + 10,
             types_end, types_end + 3, types_end + 4, types_end + 6, len(third) - 1):
