@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/testpicture.h"
 #include "support/notificationserver.h"
 
 #include <QProcess>
@@ -21,8 +22,8 @@ inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << tex
 class QMimeData;
 struct xcb_connection_t;
 
-// Each test gets a fresh HOME, an empty clipboard and a notice server that records every notice. The
-// program runs as a session would run it, with the debug lines "tick <ms>" and "captured <index> types: a, b".
+// Each test gets a fresh HOME, an empty clipboard and a notice server; the program logs "tick <ms>" and
+// "captured <index> types: a, b".
 class DesktopTest : public ::testing::Test
 {
 protected:
@@ -41,22 +42,18 @@ protected:
     QList<qint64> ticks() const;
     QList<QStringList> captures() const;
     QStringList captureIndexes() const;
-    // Both run the event loop until the count is reached; false at the deadline.
     bool waitForMoreTicks(int n, int timeoutMs);
     bool waitForCaptures(int count);
 
     // xclip owns the clipboard with data under target (text when empty), as another program would.
     bool copy(const QByteArray &data, const QString &target = {});
-    // xclip -o with the event loop running, since this process may be the owner.
+    // xclip -o with the event loop running: this process may be the owner.
     static QByteArray read(const QString &target);
-    // Leaves the clipboard without owner and lets this process's Qt see it: Qt stamps its writes
-    // with the last server time it saw, and the server ignores a write stamped before the last change.
+    // Qt stamps its writes with the last server time it saw: it must see the clipboard cleared.
     bool clearClipboard();
-    // This process owns the clipboard with the data, as an editor would.
     bool ownClipboard(QMimeData *mime);
     QList<NotificationServer::Notice> noticesTitled(const QString &summary) const;
-    // A small PNG with a half-transparent pixel.
-    static QByteArray smallPng();
+    static QByteArray smallPng() { return pngPicture(); }
 
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;
@@ -66,7 +63,6 @@ private:
 
     QProcess m_program;
     QStringList m_lines;
-    QByteArray m_partial;
     xcb_connection_t *m_connection = nullptr;
     quint32 m_clipboardAtom = 0;
 };

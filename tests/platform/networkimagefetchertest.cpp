@@ -66,6 +66,5 @@ TEST(NetworkImageFetcher, AnswersWithThePictureOrNullWithinTheLimits)
         ASSERT_TRUE(QTest::qWaitFor([&] { return !answers.isEmpty(); }, 5000));
         QCoreApplication::processEvents();
         EXPECT_EQ(answers, QList<QByteArray>{gives ? png : QByteArray()});
-        EXPECT_EQ(answers.first().isNull(), !gives);
     }
 }

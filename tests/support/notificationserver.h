@@ -4,8 +4,7 @@
 #include <QDBusContext>
 #include <QVariantMap>
 
-// A freedesktop notification server for tests: owns
-// org.freedesktop.Notifications on the given bus and records every Notify call.
+// Owns org.freedesktop.Notifications on the given bus and records every Notify call.
 class NotificationServer : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -14,11 +13,8 @@ class NotificationServer : public QObject, protected QDBusContext
 public:
     struct Notice
     {
-        QString appName;
+        QString appName, appIcon, summary, body;
         uint replacesId = 0;
-        QString appIcon;
-        QString summary;
-        QString body;
         QStringList actions;
         QVariantMap hints;
         int expireTimeout = 0;
@@ -31,7 +27,6 @@ public:
         m_bus.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
     }
 
-    // False when another server has the name.
     bool start()
     {
         return m_bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this, QDBusConnection::ExportAllSlots)
@@ -45,7 +40,7 @@ public Q_SLOTS:
     uint Notify(const QString &appName, uint replacesId, const QString &appIcon, const QString &summary,
                 const QString &body, const QStringList &actions, const QVariantMap &hints, int expireTimeout)
     {
-        m_notices.append({appName, replacesId, appIcon, summary, body, actions, hints, expireTimeout});
+        m_notices.append({appName, appIcon, summary, body, replacesId, actions, hints, expireTimeout});
         setDelayedReply(!m_answering);
         return uint(m_notices.size());
     }

@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-// Every test executable runs with a QApplication (pictures and fonts need the
-// GUI module) and with a throwaway HOME, so that no settings, autostart entry
-// or cache of the user's is ever read or written.
+// A throwaway HOME: no settings, autostart entry or cache of the user's is ever touched.
 int main(int argc, char **argv)
 {
     QTemporaryDir home;
