@@ -18,16 +18,6 @@ constexpr int waitMs = 5000;
 const QRegularExpression tickLine(QStringLiteral("^debug quillstash\\.tick: tick (\\d{10,})$"));
 const QRegularExpression captureLine(QStringLiteral("^debug quillstash\\.capture: captured (\\S+) types: (.*)$"));
 
-QStringList matched(const QStringList &lines, const QRegularExpression &pattern, int group)
-{
-    QStringList found;
-    for (const QString &line : lines) {
-        if (const QRegularExpressionMatch match = pattern.match(line); match.hasMatch())
-            found.append(match.captured(group));
-    }
-    return found;
-}
-
 } // namespace
 
 void DesktopTest::SetUp()
@@ -38,7 +28,6 @@ void DesktopTest::SetUp()
     ASSERT_TRUE(asoundrc.open(QIODevice::WriteOnly) && asoundrc.write("pcm.!default { type null }\n") > 0);
     m_connection = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
     xcb_intern_atom_reply_t *atom = xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, 9, "CLIPBOARD"), nullptr);
-    ASSERT_TRUE(atom);
     m_clipboardAtom = atom->atom;
     free(atom);
     ASSERT_TRUE(clearClipboard());
@@ -47,22 +36,23 @@ void DesktopTest::SetUp()
 
     QObject::connect(&m_program, &QProcess::readyReadStandardError, [this] {
         m_program.setReadChannel(QProcess::StandardError);
-        while (m_program.canReadLine())
-            m_lines.append(QString::fromUtf8(m_program.readLine()).chopped(1));
+        while (m_program.canReadLine()) {
+            const QString line = QString::fromUtf8(m_program.readLine()).chopped(1);
+            if (const QRegularExpressionMatch tick = tickLine.match(line); tick.hasMatch()) {
+                m_output.ticks.append(tick.captured(1).toLongLong());
+            } else if (const QRegularExpressionMatch capture = captureLine.match(line); capture.hasMatch()) {
+                m_output.captureIndexes.append(capture.captured(1));
+                m_output.captures.append(capture.captured(2).split(QStringLiteral(", ")));
+            } else {
+                m_output.other.append(line);
+            }
+        }
     });
-}
-
-void DesktopTest::TearDown()
-{
-    m_program.kill();
-    m_program.waitForFinished(waitMs);
-    // Our own clipboard data must not become the next test's first entry.
-    QGuiApplication::clipboard()->clear();
 }
 
 bool DesktopTest::startProgram()
 {
-    m_lines.clear();
+    m_output = {};
     m_program.setProcessEnvironment(programEnvironment());
     m_program.setStandardOutputFile(QProcess::nullDevice());
     m_program.start(QStringLiteral(QUILLSTASH_BIN), {});
@@ -86,30 +76,7 @@ void DesktopTest::quitProgram(const QStringList &expectedLines)
     EXPECT_TRUE(QTest::qWaitFor([this] { return m_program.state() == QProcess::NotRunning; }, 2 * waitMs))
         << "the program did not end within 10 s of SIGTERM";
     EXPECT_TRUE(m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0);
-    QStringList other = m_lines;
-    other.removeIf([](const QString &line) { return tickLine.match(line).hasMatch() || captureLine.match(line).hasMatch(); });
-    EXPECT_EQ(other.join(u'\n').toStdString(), expectedLines.join(u'\n').toStdString()) << "output beyond ticks and captures";
-}
-
-QList<qint64> DesktopTest::ticks() const
-{
-    QList<qint64> stamps;
-    for (const QString &stamp : matched(m_lines, tickLine, 1))
-        stamps.append(stamp.toLongLong());
-    return stamps;
-}
-
-QList<QStringList> DesktopTest::captures() const
-{
-    QList<QStringList> types;
-    for (const QString &listed : matched(m_lines, captureLine, 2))
-        types.append(listed.split(QStringLiteral(", ")));
-    return types;
-}
-
-QStringList DesktopTest::captureIndexes() const
-{
-    return matched(m_lines, captureLine, 1);
+    EXPECT_EQ(m_output.other.join(u'\n').toStdString(), expectedLines.join(u'\n').toStdString()) << "output beyond ticks and captures";
 }
 
 bool DesktopTest::waitForMoreTicks(int n, int timeoutMs)

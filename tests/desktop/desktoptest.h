@@ -22,8 +22,7 @@ inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << tex
 class QMimeData;
 struct xcb_connection_t;
 
-// Each test gets a fresh HOME, an empty clipboard and a notice server; the program logs "tick <ms>" and
-// "captured <index> types: a, b".
+// Each test gets a fresh HOME, an empty clipboard and a notice server; the program is killed with the fixture.
 class DesktopTest : public ::testing::Test
 {
 protected:
@@ -31,17 +30,15 @@ protected:
     static constexpr int twoTicksMs = 2 * tickMs + 200;
 
     void SetUp() override;
-    void TearDown() override;
 
-    // Starts the program on this test's HOME and waits for its first tick.
     bool startProgram();
     QProcessEnvironment programEnvironment() const;
     qint64 programPid() const { return m_program.processId(); }
     // SIGTERM; expects an orderly end and no output beyond ticks, captures and the expected lines.
     void quitProgram(const QStringList &expectedLines = {});
-    QList<qint64> ticks() const;
-    QList<QStringList> captures() const;
-    QStringList captureIndexes() const;
+    QList<qint64> ticks() const { return m_output.ticks; }
+    QList<QStringList> captures() const { return m_output.captures; }
+    QStringList captureIndexes() const { return m_output.captureIndexes; }
     bool waitForMoreTicks(int n, int timeoutMs);
     bool waitForCaptures(int count);
 
@@ -62,7 +59,12 @@ private:
     quint32 owner() const;
 
     QProcess m_program;
-    QStringList m_lines;
+    struct
+    {
+        QList<qint64> ticks;
+        QList<QStringList> captures;
+        QStringList captureIndexes, other;
+    } m_output;
     xcb_connection_t *m_connection = nullptr;
     quint32 m_clipboardAtom = 0;
 };

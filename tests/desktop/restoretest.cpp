@@ -15,19 +15,16 @@
 
 using RestoreTest = DesktopTest;
 
-// Restoring has no outside command yet: the program's objects run on the real desktop services, as in
-// main(), with the tick driven by hand.
-TEST_F(RestoreTest, everyFormatComesBackByteForByteAPictureInEveryCommonEncodingAndNoneIsCapturedAgain)
+// No outside command restores yet: the program's objects run on the real services, the tick driven by hand.
+TEST_F(RestoreTest, aPictureComesBackByteForByteAndInEveryCommonEncodingAndIsNotCapturedAgain)
 {
     // BMP and JPEG drop the alpha.
     const QImage picture = QImage::fromData(smallPng()).convertToFormat(QImage::Format_RGB32);
     QBuffer bmp;
     ASSERT_TRUE(bmp.open(QIODevice::WriteOnly) && picture.save(&bmp, "BMP"));
-    const struct { const char *what; std::map<QString, QByteArray> copied; QStringList types; } rows[] = {
-        {"text", {{"text/plain", "Restored text, ünïcödé ✓"}, {"text/html", "<p>Restored <b>html</b></p>"}},
-         {"public.html", "public.utf8-plain-text", "NSStringPboardType"}},
-        {"PNG", {{"image/png", smallPng()}}, {"public.tiff", "public.png"}},
-        {"BMP", {{"image/bmp", bmp.data()}}, {"public.tiff", "image/bmp"}},
+    const struct { QString format; QByteArray data; QStringList types; } rows[] = {
+        {"image/png", smallPng(), {"public.tiff", "public.png"}},
+        {"image/bmp", bmp.data(), {"public.tiff", "image/bmp"}},
     };
     DesktopPlatform platform;
     const PlatformServices services = platform.services();
@@ -36,30 +33,23 @@ TEST_F(RestoreTest, everyFormatComesBackByteForByteAPictureInEveryCommonEncoding
     Controller controller(services, registries);
     controller.recording().setAutomaticRec(true);
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(row.format.toStdString());
         const qsizetype entries = controller.nsac().allObjects().size() + 1;
         auto *mime = new QMimeData;
-        for (const auto &[format, data] : row.copied)
-            mime->setData(format, data);
+        mime->setData(row.format, row.data);
         ASSERT_TRUE(ownClipboard(mime));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return services.pasteboard.types() == row.types; }, 5000))
-            << services.pasteboard.types().join(u' ').toStdString();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return services.pasteboard.types() == row.types; }, 5000));
         controller.MainTimer();
         ASSERT_EQ(controller.nsac().allObjects().size(), entries) << "the tick did not capture the state";
 
         ASSERT_TRUE(clearClipboard());
         controller.setGeneralPasteboard(controller.nsac().allObjects().last());
-        for (const auto &[format, data] : row.copied) {
-            const QString target = format == QStringLiteral("text/plain") ? QStringLiteral("UTF8_STRING") : format;
-            EXPECT_EQ(read(target), data) << target.toStdString() << " differs from what was copied";
-        }
+        EXPECT_EQ(read(row.format), row.data) << "differs from what was copied";
         // Not captured, neither at once nor once the reader has seen it.
         controller.MainTimer();
         QTest::qWait(500);
         controller.MainTimer();
         EXPECT_EQ(controller.nsac().allObjects().size(), entries) << "the program captured its own restore";
-        if (!row.types.contains(QStringLiteral("public.tiff")))
-            continue;
         for (const char *encoding : {"png", "tiff", "bmp", "jpeg"}) {
             const QByteArray target = QByteArray("image/") + encoding;
             const QImage served = QImage::fromData(read(QLatin1String(target)), encoding).convertToFormat(QImage::Format_RGB32);

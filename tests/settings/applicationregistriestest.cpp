@@ -32,8 +32,7 @@ TEST(ApplicationRegistries, EachSettingIsReadAsStoredOrAsItsDefaultAndWrittenBac
     }
 }
 
-// A cleared phrase is not written, so its stored text comes back at the next launch. The login
-// item is added at the top, once; turned off, only the first item that starts the program goes.
+// A cleared phrase is not written: its stored text comes back. The login item is added at the top, once.
 TEST(ApplicationRegistries, PhrasesAndTheLoginItemCarryOverToTheNextLaunch)
 {
     FakeUserDefaults defaults;

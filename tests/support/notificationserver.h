@@ -24,7 +24,6 @@ public:
     ~NotificationServer() override
     {
         m_bus.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
-        m_bus.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
     }
 
     bool start()
