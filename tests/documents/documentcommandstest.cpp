@@ -132,8 +132,11 @@ TEST_F(DocumentCommandsTest, openReplacesTheHistoryNumberedFromZeroAndTheFileOpe
     EXPECT_EQ(capture.eStatus(), 0);
     EXPECT_TRUE(docs.isSaveAsEnabled());
 
-    // Even a file that cannot be read becomes the document's, so that the next Save writes there.
-    docs.openFile(path(u"absent"_s));
+    // Even a file that cannot be read becomes the document's, so that the next Save writes there; an
+    // empty file is read, a missing one is not.
+    ASSERT_TRUE(QFile(path(u"empty"_s)).open(QIODevice::WriteOnly));
+    EXPECT_TRUE(docs.openFile(path(u"empty"_s)));
+    EXPECT_FALSE(docs.openFile(path(u"absent"_s)));
     EXPECT_EQ(capture.myPath(), path(u"absent"_s));
     EXPECT_TRUE(logged.size() == 1 && logged[0].contains(u"cannot read"_s)) << logged.join(u'\n').toStdString();
     logged.clear();

@@ -53,12 +53,7 @@ protected:
     }
 };
 
-// Owners that answer badly: what the state holds and when it comes. One
-// allowance of silence serves all the formats of an owner: after its first
-// time-out the rest are not asked for and the late answer finds no window to
-// land in. A refusal counts whatever time it carries; a TARGETS answer that
-// is no list of atoms lists nothing; a format that would take the state past
-// its budget is left out, an announced INCR size beyond it at once. The
+// Owners that answer badly: what the state holds and when it comes. The
 // reader reads the display Qt opened, whatever DISPLAY says by then.
 TEST_F(ClipboardReaderTest, StateOfAnOwnerThatAnswersBadly)
 {
@@ -117,9 +112,8 @@ TEST_F(ClipboardReaderTest, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
     EXPECT_FALSE(first.lateAnswerLanded()) << "the abandoned transfer can still write where it wrote";
 }
 
-// With no file descriptor left for its wake-up, or one left for the wake-up
-// but none for its connection, the reader reads nothing and still goes at
-// once when the program quits.
+// Without a descriptor for its wake-up, or for its connection, the reader
+// reads nothing and still goes at once when the program quits.
 TEST_F(ClipboardReaderTest, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
 {
     // The lowest free descriptor: a new one gets that number.
@@ -136,8 +130,7 @@ TEST_F(ClipboardReaderTest, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
         auto made = std::make_unique<ClipboardReader>();
         QTest::qWait(200); // its thread has failed by now, or never started
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &saved), 0);
-        // Destroyed on a thread of its own, so that a hang fails the test
-        // instead of stopping the suite.
+        // Destroyed on a thread of its own: a hang fails the test, not the suite.
         auto gone = std::make_shared<std::promise<void>>();
         std::thread([reader = made.release(), gone] {
             delete reader;

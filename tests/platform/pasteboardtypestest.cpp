@@ -4,11 +4,6 @@
 
 #include <gtest/gtest.h>
 
-void PrintTo(const PasteboardItem &item, std::ostream *os)
-{
-    *os << item.type.toStdString() << '=' << ::testing::PrintToString(item.data.toStdString());
-}
-
 namespace {
 
 const QString utf8Text = QStringLiteral("public.utf8-plain-text");

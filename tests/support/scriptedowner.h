@@ -13,9 +13,8 @@
 #include <thread>
 
 // A clipboard owner that answers as it is told, on a thread and an X
-// connection of its own: with data, with a refusal stamped with an odd time,
-// never, or with an INCR transfer that never sends a chunk. It plays the
-// programs that real owners are not polite enough to be on demand.
+// connection of its own: with data, a refusal, never, or an INCR transfer
+// that never sends a chunk.
 class ScriptedOwner
 {
 public:
