@@ -46,7 +46,7 @@ dbus-run-session --config-file="$top/tests/dbus-session.conf" -- \
   >>"$log" 2>&1 || status=$?
 
 reports=$(grep -c '^WARNING: ThreadSanitizer' "$log" || true)
-tests=$(grep -o '^\[  PASSED  \] [0-9]* tests' "$log" | awk '{s += $4} END {print s + 0}')
+tests=$(grep -oE '^\[  PASSED  \] [0-9]+ tests?' "$log" | awk '{s += $4} END {print s + 0}')
 if [ "$status" -ne 0 ] || [ "$reports" -ne 0 ]; then
   grep -A 30 '^WARNING: ThreadSanitizer' "$log" | head -n 200 || tail -n 60 "$log"
   echo "tsan: $reports report(s), exit status $status; see $log" >&2
