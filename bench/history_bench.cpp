@@ -1,4 +1,5 @@
 #include "history/captureloop.h"
+#include "history/documentstate.h"
 #include "history/historylist.h"
 #include "platform/fake/fakepasteboard.h"
 #include "support/recordingrig.h"
@@ -34,7 +35,8 @@ struct Rig : RecordingRig
 
     FakePasteboard pasteboard;
     HistoryList nsac;
-    CaptureLoop capture{nsac, pasteboard, registries, dock, notices, eventTimer, recording, nullptr};
+    DocumentState document;
+    CaptureLoop capture{nsac, document, pasteboard, registries, dock, notices, eventTimer, recording, nullptr};
 };
 
 // A tick with nothing new on the clipboard: what the program pays every

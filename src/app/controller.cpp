@@ -24,12 +24,12 @@ Controller::Controller(const PlatformServices &services, ApplicationRegistries &
     , m_notices(std::make_unique<Notices>(services.noticeService, services.clock, services.dock, registries))
     , m_eventTimer(std::make_unique<EventTimer>(services.soundPlayer, [this] { return useSound(); }))
     , m_recording(new RecordingSwitch(registries, *m_notices, *m_eventTimer, this))
-    , m_capture(new CaptureLoop(*m_nsac, services.pasteboard, registries, services.dock, *m_notices,
+    , m_capture(new CaptureLoop(*m_nsac, m_document, services.pasteboard, registries, services.dock, *m_notices,
                                 *m_eventTimer, *m_recording, services.imageFetcher, this))
-    , m_actions(new HistoryActions(*m_nsac, services.pasteboard, *m_capture, *m_notices, *m_eventTimer,
+    , m_actions(new HistoryActions(*m_nsac, m_document, services.pasteboard, *m_capture, *m_notices, *m_eventTimer,
                                    *m_recording, services.workspace, this))
-    , m_documents(new DocumentCommands(*m_nsac, *m_capture, *m_actions, *m_notices, registries, services.defaults,
-                                       services.panels, this))
+    , m_documents(new DocumentCommands(*m_nsac, m_document, *m_capture, *m_actions, *m_notices, registries,
+                                       services.defaults, services.panels, this))
 {
     gController = this;
     connect(m_capture, &CaptureLoop::scrollBottomRequested, m_actions, &HistoryActions::scrollBottom);
@@ -55,8 +55,8 @@ void Controller::applicationDidFinishLaunching()
 {
     setStatusString(QStringLiteral("Idle"));
     m_recording->setAutomaticRec(m_registries.isRecAtStartup());
-    m_capture->setCounter(0);
-    m_capture->setEStatus(0);
+    m_document.setCounter(0);
+    m_document.setEStatus(0);
     mTimer = new TickTimer(
         m_services.clock, [this] { MainTimer(); }, [this] { return m_notices->lastSentAt(); }, this);
     mTimer->start();

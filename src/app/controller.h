@@ -2,6 +2,7 @@
 
 #include "app/platformservices.h"
 #include "history/contents.h"
+#include "history/documentstate.h"
 
 #include <QObject>
 
@@ -67,6 +68,7 @@ public:
     void applicationWillTerminate();
 
     HistoryList &nsac() const { return *m_nsac; }
+    DocumentState &document() { return m_document; }
     CaptureLoop &capture() const { return *m_capture; }
     DocumentCommands &documents() const { return *m_documents; }
     RecordingSwitch &recording() const { return *m_recording; }
@@ -78,6 +80,7 @@ private:
     PlatformServices m_services;
     ApplicationRegistries &m_registries;
     HistoryList *m_nsac;
+    DocumentState m_document;
     std::unique_ptr<Notices> m_notices;
     std::unique_ptr<EventTimer> m_eventTimer;
     RecordingSwitch *m_recording;

@@ -2,6 +2,7 @@
 
 #include "documents/backupfile.h"
 #include "history/captureloop.h"
+#include "history/documentstate.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
 #include "platform/panels.h"
@@ -57,11 +58,12 @@ private:
 
 } // namespace
 
-DocumentCommands::DocumentCommands(HistoryList &nsac, CaptureLoop &capture, HistoryActions &actions,
-                                   Notices &notices, ApplicationRegistries &registries, UserDefaults &defaults,
-                                   Panels &panels, QObject *parent)
+DocumentCommands::DocumentCommands(HistoryList &nsac, DocumentState &document, CaptureLoop &capture,
+                                   HistoryActions &actions, Notices &notices, ApplicationRegistries &registries,
+                                   UserDefaults &defaults, Panels &panels, QObject *parent)
     : QObject(parent)
     , m_nsac(nsac)
+    , m_document(document)
     , m_capture(capture)
     , m_actions(actions)
     , m_notices(notices)
@@ -86,8 +88,8 @@ void DocumentCommands::saveAllObject()
         return;
     }
 
-    if (!m_capture.myPath().isEmpty()) {
-        save(m_capture.myPath());
+    if (!m_document.myPath().isEmpty()) {
+        save(m_document.myPath());
     } else {
         std::optional<Panels::Choice> choice;
         {
@@ -100,7 +102,7 @@ void DocumentCommands::saveAllObject()
             mLastSavedDirectory = choice->directory;
             if (QFileInfo(path).suffix() != extension)
                 path += QStringLiteral(".") + extension;
-            m_capture.setMyPath(path);
+            m_document.setMyPath(path);
             save(path);
         }
     }
@@ -113,7 +115,7 @@ void DocumentCommands::saveas()
     {
         const TickPause pause(m_capture);
         const QString folder = mLastSavedDirectory.isEmpty() ? QDir::homePath() : mLastSavedDirectory;
-        const QString &current = m_capture.myPath();
+        const QString &current = m_document.myPath();
         if (current.isEmpty())
             choice = m_panels.runSavePanel(folder, untitledName());
         else
@@ -121,10 +123,10 @@ void DocumentCommands::saveas()
     }
     if (!choice)
         return;
-    m_capture.setMyPath(choice->filename);
+    m_document.setMyPath(choice->filename);
     mLastSavedDirectory = choice->directory;
     save(choice->filename);
-    m_capture.setEStatus(0);
+    m_document.setEStatus(0);
 }
 
 void DocumentCommands::open()
@@ -138,26 +140,26 @@ void DocumentCommands::open()
     if (!choice)
         return;
     m_actions.removeAllObject();
-    m_capture.setCounter(0);
+    m_document.setCounter(0);
     openFile(choice->filename);
     mLastSavedDirectory = choice->directory;
-    m_capture.setEStatus(0);
+    m_document.setEStatus(0);
 }
 
 bool DocumentCommands::applicationOpenFile(const QString &path)
 {
     // The path becomes current before the dirty history is saved, so that
     // the history goes into the very file being opened.
-    m_capture.setMyPath(path);
-    if (m_capture.eStatus() == 1)
+    m_document.setMyPath(path);
+    if (m_document.eStatus() == 1)
         saveAllObject();
     Q_EMIT showWindowRequested();
     m_actions.removeAllObject();
-    m_capture.setCounter(0);
+    m_document.setCounter(0);
     if (path.isEmpty())
         return false;
     openFile(path);
-    m_capture.setEStatus(0);
+    m_document.setEStatus(0);
     return true;
 }
 
@@ -165,7 +167,7 @@ void DocumentCommands::autoSave()
 {
     if (!m_registries.isAutoSave())
         return;
-    if (autosaveCounter % autoSaveEveryTicks == 0 && !m_capture.myPath().isEmpty() && m_capture.eStatus() == 1) {
+    if (autosaveCounter % autoSaveEveryTicks == 0 && !m_document.myPath().isEmpty() && m_document.eStatus() == 1) {
         saveAllObject();
         m_notices.messageGrowl(QStringLiteral("Saved automatically"),
                                QStringLiteral("Auto save function had been enabled."),
@@ -183,21 +185,21 @@ void DocumentCommands::save(const QString &path)
     // has; the old file is still whole then, and the log says why.
     if (!BackupFile::save(path, entries))
         qCWarning(lcDocuments) << "history marked as saved although" << path << "could not be written";
-    m_capture.setEStatus(0);
+    m_document.setEStatus(0);
 }
 
 bool DocumentCommands::openFile(const QString &path)
 {
-    qint32 counter = m_capture.getCounter();
+    qint32 counter = m_document.getCounter();
     const std::optional<QList<Entry>> entries = BackupFile::openFile(path, counter);
-    m_capture.setCounter(counter);
+    m_document.setCounter(counter);
     if (entries) {
         for (const Entry &entry : *entries)
             m_nsac.addObject(entry);
     }
     // The path becomes the document's even when it could not be read, so
     // that the next Save writes the history there.
-    m_capture.setMyPath(path);
+    m_document.setMyPath(path);
     enableSaveAs();
     return entries.has_value();
 }

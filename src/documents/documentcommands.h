@@ -5,6 +5,7 @@
 
 class ApplicationRegistries;
 class CaptureLoop;
+class DocumentState;
 class HistoryActions;
 class HistoryList;
 class Notices;
@@ -22,8 +23,8 @@ public:
     static inline const QString extension = QStringLiteral("qs_backup");
     static constexpr int autoSaveEveryTicks = 100;
 
-    DocumentCommands(HistoryList &nsac, CaptureLoop &capture, HistoryActions &actions, Notices &notices,
-                     ApplicationRegistries &registries, UserDefaults &defaults, Panels &panels,
+    DocumentCommands(HistoryList &nsac, DocumentState &document, CaptureLoop &capture, HistoryActions &actions,
+                     Notices &notices, ApplicationRegistries &registries, UserDefaults &defaults, Panels &panels,
                      QObject *parent = nullptr);
 
     void saveAllObject();
@@ -53,6 +54,7 @@ private:
     void enableSaveAs();
 
     HistoryList &m_nsac;
+    DocumentState &m_document;
     CaptureLoop &m_capture;
     HistoryActions &m_actions;
     Notices &m_notices;

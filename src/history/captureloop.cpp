@@ -1,5 +1,6 @@
 #include "history/captureloop.h"
 
+#include "history/documentstate.h"
 #include "history/historylist.h"
 #include "platform/dock.h"
 #include "platform/leadinginteger.h"
@@ -24,7 +25,6 @@ Q_LOGGING_CATEGORY(lcTick, "quillstash.tick", QtInfoMsg)
 namespace {
 
 const QByteArray passwordHintSecret = QByteArrayLiteral("secret");
-const QString untitledTitle = QStringLiteral("Untitled.qs_backup");
 
 // Sequence numbers are compared as the numbers their texts start with; the
 // initial "zero" counts as 0.
@@ -33,23 +33,14 @@ int intValue(const QString &text)
     return int(std::clamp<qint64>(leadingInteger(text), INT_MIN, INT_MAX));
 }
 
-QString lastPathComponent(QString path)
-{
-    while (path.size() > 1 && path.endsWith(u'/'))
-        path.chop(1);
-    const qsizetype slash = path.lastIndexOf(u'/');
-    if (slash < 0 || path.size() == 1)
-        return path;
-    return path.mid(slash + 1);
-}
-
 } // namespace
 
-CaptureLoop::CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
-                         Dock &dock, Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
+CaptureLoop::CaptureLoop(HistoryList &nsac, DocumentState &document, Pasteboard &pasteboard,
+                         ApplicationRegistries &registries, Dock &dock, Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
                          ImageFetcher *fetcher, QObject *parent)
     : QObject(parent)
     , m_nsac(nsac)
+    , m_document(document)
     , m_pasteboard(pasteboard)
     , m_registries(registries)
     , m_dock(dock)
@@ -73,16 +64,13 @@ void CaptureLoop::MainTimer()
     Q_EMIT entryCountShown(n);
 
     try {
-        QString title = m_myPath.isEmpty() ? untitledTitle : lastPathComponent(m_myPath);
-        if (m_eStatus != 0)
-            title += u'*';
-        m_title = title;
-        Q_EMIT titleChanged(m_title, m_eStatus != 0);
+        m_document.updateTitle();
+        Q_EMIT titleChanged(m_document.title(), !m_document.isClean());
 
         const qint32 m = qint32(m_nsac.arrangedCount());
         if (m != nsac_count) {
             nsac_count = m;
-            m_eStatus = 1;
+            m_document.setEStatus(1);
         }
 
         if (m_registries.isAutoRemove()) {
@@ -150,7 +138,7 @@ void CaptureLoop::addPasteboard()
     const Entry entry = NewPasteBoardContents();
     if (entry) {
         m_nsac.addObject(entry);
-        ++counter;
+        m_document.setCounter(m_document.getCounter() + 1);
         qCDebug(lcCapture, "captured %s types: %s", qUtf8Printable(entry->indexCount()),
                 qUtf8Printable(entry->types().join(QStringLiteral(", "))));
     }
@@ -167,7 +155,7 @@ Entry CaptureLoop::NewPasteBoardContents()
         return {};
 
     auto entry = std::make_shared<contents>();
-    entry->setIndexCount(QString::number(counter));
+    entry->setIndexCount(QString::number(m_document.getCounter()));
     if (firstTypes.contains(PasteboardType::String))
         entry->setContent(m_pasteboard.stringForType(PasteboardType::String));
     else

@@ -9,6 +9,7 @@
 
 class ApplicationRegistries;
 class Dock;
+class DocumentState;
 class EventTimer;
 class HistoryList;
 class ImageFetcher;
@@ -24,9 +25,8 @@ class CaptureLoop : public QObject
     Q_OBJECT
 
 public:
-
-    CaptureLoop(HistoryList &nsac, Pasteboard &pasteboard, ApplicationRegistries &registries,
-                Dock &dock, Notices &notices, EventTimer &eventTimer,
+    CaptureLoop(HistoryList &nsac, DocumentState &document, Pasteboard &pasteboard,
+                ApplicationRegistries &registries, Dock &dock, Notices &notices, EventTimer &eventTimer,
                 RecordingSwitch &recording, ImageFetcher *fetcher, QObject *parent = nullptr);
 
     void MainTimer();
@@ -41,16 +41,9 @@ public:
     // number counts as 0).
     static int intSort(const contents &a, const contents &b);
 
-    qint32 getCounter() const { return counter; }
-    void setCounter(qint32 value) { counter = value; }
     bool manualAdd() const { return mbManualAdd; }
     void setManualAdd(bool on) { mbManualAdd = on; }
-    qint32 eStatus() const { return m_eStatus; }
-    void setEStatus(qint32 status) { m_eStatus = status; }
-    const QString &myPath() const { return m_myPath; }
-    void setMyPath(const QString &path) { m_myPath = path; }
     const Entry &currentContent() const { return m_currentContent; }
-    const QString &title() const { return m_title; }
     bool isPaused() const { return m_paused; }
     // While paused (a modal preferences window is open) MainTimer() does nothing.
     void setPaused(bool paused) { m_paused = paused; }
@@ -70,6 +63,7 @@ private:
     void showCurrent(int n);
 
     HistoryList &m_nsac;
+    DocumentState &m_document;
     Pasteboard &m_pasteboard;
     ApplicationRegistries &m_registries;
     Dock &m_dock;
@@ -78,15 +72,11 @@ private:
     RecordingSwitch &m_recording;
     ImageFetcher *m_fetcher;
 
-    qint32 counter = 0;
     qint32 lastChangeCount = -1;
     qint32 nsac_count = 0;
     qint32 viewChangeCount = -1;
     qint32 m_currentChangeCount = -1;
-    qint32 m_eStatus = 0;
     bool mbManualAdd = false;
     bool m_paused = false;
-    QString m_myPath;
-    QString m_title;
     Entry m_currentContent;
 };

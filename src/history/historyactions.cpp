@@ -1,6 +1,7 @@
 #include "history/historyactions.h"
 
 #include "history/captureloop.h"
+#include "history/documentstate.h"
 #include "history/historylist.h"
 #include "platform/pasteboard.h"
 #include "platform/pasteboardtype.h"
@@ -13,11 +14,12 @@
 #include <QScopeGuard>
 #include <QUrl>
 
-HistoryActions::HistoryActions(HistoryList &nsac, Pasteboard &pasteboard, CaptureLoop &capture,
-                               Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
-                               Workspace &workspace, QObject *parent)
+HistoryActions::HistoryActions(HistoryList &nsac, const DocumentState &document, Pasteboard &pasteboard,
+                               CaptureLoop &capture, Notices &notices, EventTimer &eventTimer,
+                               RecordingSwitch &recording, Workspace &workspace, QObject *parent)
     : QObject(parent)
     , m_nsac(nsac)
+    , m_document(document)
     , m_pasteboard(pasteboard)
     , m_capture(capture)
     , m_notices(notices)
@@ -138,7 +140,7 @@ void HistoryActions::scrollBottom()
 
 bool HistoryActions::IsClean() const
 {
-    return m_capture.eStatus() == 0;
+    return m_document.isClean();
 }
 
 void HistoryActions::setStatusString(const QString &status)

@@ -7,6 +7,7 @@
 #include <QString>
 
 class CaptureLoop;
+class DocumentState;
 class EventTimer;
 class HistoryList;
 class Notices;
@@ -25,9 +26,9 @@ public:
     // A restore declares at most this many types, the marker included.
     static constexpr int maxRestoredTypes = 256;
 
-    HistoryActions(HistoryList &nsac, Pasteboard &pasteboard, CaptureLoop &capture,
-                   Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
-                   Workspace &workspace, QObject *parent = nullptr);
+    HistoryActions(HistoryList &nsac, const DocumentState &document, Pasteboard &pasteboard, CaptureLoop &capture,
+                   Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording, Workspace &workspace,
+                   QObject *parent = nullptr);
 
     void setGeneralPasteboard(const Entry &entry);
     void changePasteBoard();
@@ -53,6 +54,7 @@ private:
     void manualCapture();
 
     HistoryList &m_nsac;
+    const DocumentState &m_document;
     Pasteboard &m_pasteboard;
     CaptureLoop &m_capture;
     Notices &m_notices;

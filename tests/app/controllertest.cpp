@@ -32,7 +32,7 @@ TEST(Controller, LaunchRecordsSoundsAsPreferredAndTheTickAutoSaves)
                           rig.registries);
     controller.applicationDidFinishLaunching();
     EXPECT_EQ(controller.statusString(), QStringLiteral("Idle"));
-    controller.capture().setMyPath(dir.filePath(QStringLiteral("auto.qs_backup")));
+    controller.document().setMyPath(dir.filePath(QStringLiteral("auto.qs_backup")));
 
     controller.MainTimer();
     controller.eventTimer().waitForIdle();
@@ -46,7 +46,7 @@ TEST(Controller, LaunchRecordsSoundsAsPreferredAndTheTickAutoSaves)
 
     for (int tick = 2; tick < 101; ++tick)
         controller.MainTimer();
-    EXPECT_TRUE(QFile::exists(controller.capture().myPath()));
+    EXPECT_TRUE(QFile::exists(controller.document().myPath()));
 }
 
 } // namespace

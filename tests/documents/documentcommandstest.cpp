@@ -25,7 +25,7 @@ protected:
 
     QTemporaryDir dir;
     FakePanels panels;
-    DocumentCommands docs{nsac, capture, actions, notices, registries, defaults, panels};
+    DocumentCommands docs{nsac, document, capture, actions, notices, registries, defaults, panels};
 };
 
 TEST_F(DocumentCommandsTest, saveWritesEveryEntryBehindTheFilterAndSaveAsOnlyTheVisibleOnes)
@@ -35,23 +35,23 @@ TEST_F(DocumentCommandsTest, saveWritesEveryEntryBehindTheFilterAndSaveAsOnlyThe
         addEntry(text);
     // Save writes all, even behind a filter that hides all; Save As the visible ones, yet calls the history clean.
     for (const QString &filter : {u"AN"_s, u"zzz"_s}) {
-        capture.setMyPath(path(filter + u".qs_backup"_s));
+        document.setMyPath(path(filter + u".qs_backup"_s));
         nsac.setFilterString(filter);
         docs.saveAllObject();
         EXPECT_EQ(fileTexts(path(filter + u".qs_backup"_s)), all) << filter.toStdString();
         EXPECT_EQ(nsac.filterString(), filter);
         panels.confirmNext(path(filter), dir.path());
-        capture.setEStatus(1);
+        document.setEStatus(1);
         docs.saveas();
-        EXPECT_EQ(capture.eStatus(), 0);
+        EXPECT_EQ(document.eStatus(), 0);
     }
     EXPECT_EQ(fileTexts(path(u"AN"_s)), QStringList{u"banana"_s});
 
     // A write that fails still calls the history clean, and says so in the log.
-    capture.setMyPath(path(u"missing/folder.qs_backup"_s));
-    capture.setEStatus(1);
+    document.setMyPath(path(u"missing/folder.qs_backup"_s));
+    document.setEStatus(1);
     docs.saveAllObject();
-    EXPECT_EQ(capture.eStatus(), 0);
+    EXPECT_EQ(document.eStatus(), 0);
     EXPECT_EQ(logged.value(1).section(u" although"_s, 0, 0), u"quillstash.documents: history marked as saved"_s);
     logged.clear();
 }
@@ -66,7 +66,7 @@ TEST_F(DocumentCommandsTest, panelsAndTheAlertOfAnEmptyHistoryOfferTheirFoldersA
     });
     // Save of an empty history only alerts, with a file or without.
     for (const QString &current : {path(u"kept.qs_backup"_s), QString()}) {
-        capture.setMyPath(current);
+        document.setMyPath(current);
         docs.saveAllObject();
     }
     const FakePanels::Alert alert = panels.alerts().value(1);
@@ -82,16 +82,16 @@ TEST_F(DocumentCommandsTest, panelsAndTheAlertOfAnEmptyHistoryOfferTheirFoldersA
     EXPECT_FALSE(docs.isSaveAsEnabled());
     docs.saveAllObject();
     EXPECT_TRUE(docs.isSaveAsEnabled());
-    capture.setMyPath(path(u"current.qs_backup"_s));
+    document.setMyPath(path(u"current.qs_backup"_s));
     docs.saveas();
     defaults.setObject(dir.path(), u"lastSavedDirectory"_s);
     docs.readLastSavedDirectory();
-    capture.setMyPath(QString());
+    document.setMyPath(QString());
     docs.saveAllObject();
     docs.saveas();
     docs.open();
     EXPECT_EQ(nsac.arrangedCount(), 1);
-    EXPECT_EQ(capture.eStatus(), 1);
+    EXPECT_EQ(document.eStatus(), 1);
     QStringList asked;
     for (const FakePanels::PanelRequest &request : panels.panels())
         asked.append(request.directory + u" | "_s + request.suggestedName);
@@ -106,10 +106,10 @@ TEST_F(DocumentCommandsTest, panelsAndTheAlertOfAnEmptyHistoryOfferTheirFoldersA
         {false, u"a.txt"_s, u"a.txt.qs_backup"_s}, {false, u"x.QS_BACKUP"_s, u"x.QS_BACKUP.qs_backup"_s},
         {false, u"b.qs_backup"_s, u"b.qs_backup"_s}, {true, u"a.txt"_s, u"a.txt"_s}};
     for (const auto &[saveAs, chosen, written] : cases) {
-        capture.setMyPath(QString());
+        document.setMyPath(QString());
         panels.confirmNext(path(chosen), u"folder of "_s + chosen);
         saveAs ? docs.saveas() : docs.saveAllObject();
-        EXPECT_EQ((QStringList{capture.myPath(), docs.lastSavedDirectory()}),
+        EXPECT_EQ((QStringList{document.myPath(), docs.lastSavedDirectory()}),
                   (QStringList{path(written), u"folder of "_s + chosen}));
     }
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
@@ -120,16 +120,16 @@ TEST_F(DocumentCommandsTest, openReplacesTheHistoryNumberedFromZeroAndTheFileOpe
 {
     const QString file = path(u"in.qs_backup"_s);
     ASSERT_TRUE(BackupFile::save(file, {textEntry(u"one"_s), textEntry(u"two"_s), textEntry(u"three"_s)}));
-    capture.setCounter(5);
+    document.setCounter(5);
     addEntry(u"five"_s);
-    capture.setEStatus(1);
+    document.setEStatus(1);
     panels.confirmNext(file, dir.path());
     docs.open();
     EXPECT_EQ(arranged(), (QStringList{u"one"_s, u"two"_s, u"three"_s}));
-    EXPECT_EQ(arranged(&contents::indexCount) << QString::number(capture.getCounter()),
+    EXPECT_EQ(arranged(&contents::indexCount) << QString::number(document.getCounter()),
               (QStringList{u"0"_s, u"1"_s, u"2"_s, u"3"_s}));
-    EXPECT_EQ((QStringList{capture.myPath(), docs.lastSavedDirectory()}), (QStringList{file, dir.path()}));
-    EXPECT_EQ(capture.eStatus(), 0);
+    EXPECT_EQ((QStringList{document.myPath(), docs.lastSavedDirectory()}), (QStringList{file, dir.path()}));
+    EXPECT_EQ(document.eStatus(), 0);
     EXPECT_TRUE(docs.isSaveAsEnabled());
 
     // Even a file that cannot be read becomes the document's, so that the next Save writes there; an
@@ -137,7 +137,7 @@ TEST_F(DocumentCommandsTest, openReplacesTheHistoryNumberedFromZeroAndTheFileOpe
     ASSERT_TRUE(QFile(path(u"empty"_s)).open(QIODevice::WriteOnly));
     EXPECT_TRUE(docs.openFile(path(u"empty"_s)));
     EXPECT_FALSE(docs.openFile(path(u"absent"_s)));
-    EXPECT_EQ(capture.myPath(), path(u"absent"_s));
+    EXPECT_EQ(document.myPath(), path(u"absent"_s));
     EXPECT_TRUE(logged.size() == 1 && logged[0].contains(u"cannot read"_s)) << logged.join(u'\n').toStdString();
     logged.clear();
 
@@ -155,7 +155,7 @@ TEST_F(DocumentCommandsTest, autoSaveChecksOnceEveryHundredTicksWhileOnAndOnlyAD
     addEntry(u"first"_s);
     tick(50); // the first tick checks, without a file
     EXPECT_TRUE(panels.panels().isEmpty());
-    capture.setMyPath(file);
+    document.setMyPath(file);
     tick(50);
     EXPECT_FALSE(QFile::exists(file));
     tick();

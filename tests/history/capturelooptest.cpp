@@ -26,7 +26,7 @@ TEST_F(CaptureLoopTest, EveryChangeIsCapturedWholeEvenARepeatButOwnWritesOnlyByH
     pasteboard.setState({{QStringLiteral("public.tiff"), "II*"}, {QStringLiteral("com.example.lazy"), QByteArray()}});
     tick();
     // The dock badge shows the count the tick began with.
-    EXPECT_EQ((QStringList{dock.badgeLabel(), capture.title()}), (QStringList{"2", "Untitled.qs_backup*"}));
+    EXPECT_EQ((QStringList{dock.badgeLabel(), document.title()}), (QStringList{"2", "Untitled.qs_backup*"}));
     pasteboard.setState({{stringType, "pw"}, {QStringLiteral("quillstash.ignore"), {}}});
     tick();
     actions.paste();
@@ -43,11 +43,11 @@ TEST_F(CaptureLoopTest, EveryChangeIsCapturedWholeEvenARepeatButOwnWritesOnlyByH
     EXPECT_EQ(sounds(), QStringList{"Hero"} + QStringList(4, "Pop"));
 
     // Saved, it is named after its file, marked only a tick after a count change; in the foreground the badge goes.
-    capture.setEStatus(0);
-    capture.setMyPath(QStringLiteral("/home/me/notes/history.qs_backup"));
+    document.setEStatus(0);
+    document.setMyPath(QStringLiteral("/home/me/notes/history.qs_backup"));
     dock.setActive(true);
     tick();
-    EXPECT_EQ((QStringList{dock.badgeLabel(), capture.title()}), (QStringList{QString(), "history.qs_backup"}));
+    EXPECT_EQ((QStringList{dock.badgeLabel(), document.title()}), (QStringList{QString(), "history.qs_backup"}));
 }
 
 // The trim comes before the capture of its tick. The oldest go first by the number their
@@ -113,7 +113,7 @@ TEST_F(CaptureLoopTest, ExceptionIsLoggedTheRestOfTheTickRunsAndTheCaptureIsRetr
 {
     ThrowingPasteboard throwing;
     recording.setAutomaticRec(true);
-    CaptureLoop loop{nsac, throwing, registries, dock, notices, eventTimer, recording, &fetcher};
+    CaptureLoop loop{nsac, document, throwing, registries, dock, notices, eventTimer, recording, &fetcher};
     addEntry(QStringLiteral("older"));
     throwing.setText(QStringLiteral("new"));
     loop.MainTimer();

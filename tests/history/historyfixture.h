@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history/captureloop.h"
+#include "history/documentstate.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
 #include "platform/fake/fakeimagefetcher.h"
@@ -72,6 +73,7 @@ protected:
     HistoryList nsac;
     QAbstractItemModelTester modelTester{&nsac, QAbstractItemModelTester::FailureReportingMode::Warning};
     int shownRows = 0;
-    CaptureLoop capture{nsac, pasteboard, registries, dock, notices, eventTimer, recording, &fetcher};
-    HistoryActions actions{nsac, pasteboard, capture, notices, eventTimer, recording, workspace};
+    DocumentState document;
+    CaptureLoop capture{nsac, document, pasteboard, registries, dock, notices, eventTimer, recording, &fetcher};
+    HistoryActions actions{nsac, document, pasteboard, capture, notices, eventTimer, recording, workspace};
 };
