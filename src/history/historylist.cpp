@@ -2,9 +2,18 @@
 
 #include <algorithm>
 
+namespace {
+
+// Past this many separate runs of rows, one reset tells the views more
+// cheaply than a removal or insertion each.
+constexpr qsizetype maxRuns = 16;
+
+} // namespace
+
 HistoryList::HistoryList(QObject *parent)
     : QAbstractListModel(parent)
 {
+    connect(&m_selection, &QItemSelectionModel::selectionChanged, this, &HistoryList::selectionChanged);
 }
 
 void HistoryList::addObject(const Entry &entry)
@@ -31,8 +40,6 @@ void HistoryList::removeObject(const Entry &entry)
         m_arranged.removeAt(row);
         endRemoveRows();
     }
-    if (m_selected.removeAll(entry) > 0)
-        Q_EMIT selectionChanged();
 }
 
 void HistoryList::removeObjectsAtArrangedObjectIndexes(qsizetype first, qsizetype count)
@@ -59,8 +66,6 @@ void HistoryList::removeObjects(const QList<Entry> &entries)
 
     removeArrangedIf(isGone);
     m_all.removeIf(isGone);
-    if (m_selected.removeIf(isGone) > 0)
-        Q_EMIT selectionChanged();
 }
 
 template<typename Pred>
@@ -69,7 +74,6 @@ void HistoryList::removeArrangedIf(Pred isGone)
     // Views keep their place through row removals but not through a reset;
     // scattered rows are one reset rather than a removal (and a list move)
     // each.
-    constexpr qsizetype maxRuns = 16;
     QList<std::pair<qsizetype, qsizetype>> runs; // first row, last row
     for (qsizetype row = 0; row < m_arranged.size(); ++row) {
         if (!isGone(m_arranged.at(row)))
@@ -82,9 +86,11 @@ void HistoryList::removeArrangedIf(Pred isGone)
     if (runs.isEmpty())
         return;
     if (runs.size() > maxRuns) {
+        const QList<Entry> selected = selectedObjects();
         beginResetModel();
         m_arranged.removeIf(isGone);
         endResetModel();
+        select(selected);
         return;
     }
     for (auto run = runs.crbegin(); run != runs.crend(); ++run) {
@@ -98,43 +104,98 @@ void HistoryList::setFilterString(const QString &text)
 {
     if (text == m_filter)
         return;
-    beginResetModel();
     m_filter = text;
-    rearrange();
-    const qsizetype removed = m_selected.removeIf([this](const Entry &entry) { return !passes(*entry); });
-    endResetModel();
-    if (removed > 0)
-        Q_EMIT selectionChanged();
+    // Both lists follow capture order, so one walk over every entry finds
+    // the rows that go and the rows that come, in runs.
+    struct Run
+    {
+        bool insert;
+        qsizetype first, last; // rows, in the list as it is when the run is applied
+        QList<Entry> entries;
+    };
+    QList<Run> runs;
+    qsizetype row = 0;
+    qsizetype arranged = 0;
+    for (const Entry &entry : std::as_const(m_all)) {
+        const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == entry;
+        arranged += shown;
+        const bool passing = passes(*entry);
+        if (shown != passing) {
+            const bool insert = passing;
+            if (runs.isEmpty() || runs.last().insert != insert || runs.last().last != row - (insert ? 1 : 0))
+                runs.append({insert, row, row - (insert ? 1 : 0), {}});
+            if (insert) {
+                ++runs.last().last;
+                runs.last().entries.append(entry);
+            }
+        }
+        row += passing; // removed rows leave no row behind them
+    }
+    if (runs.size() > maxRuns) {
+        const QList<Entry> selected = selectedObjects();
+        beginResetModel();
+        m_arranged.clear();
+        for (const Entry &entry : std::as_const(m_all)) {
+            if (passes(*entry))
+                m_arranged.append(entry);
+        }
+        endResetModel();
+        select(selected);
+        return;
+    }
+    for (const Run &run : std::as_const(runs)) {
+        if (run.insert) {
+            beginInsertRows({}, int(run.first), int(run.last));
+            for (qsizetype i = 0; i < run.entries.size(); ++i)
+                m_arranged.insert(run.first + i, run.entries.at(i));
+            endInsertRows();
+        } else {
+            beginRemoveRows({}, int(run.first), int(run.last));
+            m_arranged.remove(run.first, run.last - run.first + 1);
+            endRemoveRows();
+        }
+    }
 }
 
 QList<Entry> HistoryList::selectedObjects() const
 {
-    return m_selected;
+    QList<Entry> selected;
+    for (int row : selectionIndexes())
+        selected.append(m_arranged.at(row));
+    return selected;
 }
 
 void HistoryList::setSelectionIndexes(const QList<int> &rows)
 {
-    QList<int> sorted = rows;
-    std::sort(sorted.begin(), sorted.end());
-    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-
-    QList<Entry> selected;
-    for (int row : sorted) {
+    QItemSelection selection;
+    for (int row : rows) {
         if (row >= 0 && row < m_arranged.size())
-            selected.append(m_arranged.at(row));
+            selection.select(index(row), index(row));
     }
-    if (selected == m_selected)
-        return;
-    m_selected = selected;
-    Q_EMIT selectionChanged();
+    m_selection.select(selection, QItemSelectionModel::ClearAndSelect);
 }
 
 QList<int> HistoryList::selectionIndexes() const
 {
     QList<int> rows;
-    for (const Entry &entry : m_selected)
-        rows.append(int(m_arranged.indexOf(entry)));
+    for (const QModelIndex &selected : m_selection.selectedIndexes())
+        rows.append(selected.row());
+    std::sort(rows.begin(), rows.end());
     return rows;
+}
+
+// Selects the entries again after a reset, which clears the selection
+// without a word; says so when some of them are gone.
+void HistoryList::select(const QList<Entry> &entries)
+{
+    QList<int> rows;
+    for (const Entry &entry : entries) {
+        if (const qsizetype row = m_arranged.indexOf(entry); row >= 0)
+            rows.append(int(row));
+    }
+    setSelectionIndexes(rows);
+    if (rows.size() != entries.size() && rows.isEmpty())
+        Q_EMIT selectionChanged();
 }
 
 int HistoryList::rowCount(const QModelIndex &parent) const
@@ -164,13 +225,4 @@ QVariant HistoryList::data(const QModelIndex &index, int role) const
 bool HistoryList::passes(const contents &entry) const
 {
     return m_filter.isEmpty() || entry.contentOrig().contains(m_filter, Qt::CaseInsensitive);
-}
-
-void HistoryList::rearrange()
-{
-    m_arranged.clear();
-    for (const Entry &entry : std::as_const(m_all)) {
-        if (passes(*entry))
-            m_arranged.append(entry);
-    }
 }

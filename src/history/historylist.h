@@ -3,11 +3,13 @@
 #include "history/contents.h"
 
 #include <QAbstractListModel>
+#include <QItemSelectionModel>
 #include <QList>
 
-// The history list: every entry in capture order, the arranged entries (those
-// that pass the search filter, in the same order) and the selection among the
-// arranged entries. Model rows are the arranged entries.
+// The history list: every entry in capture order and the arranged entries
+// (those that pass the search filter, in the same order). Model rows are the
+// arranged entries. The selection is the one selection model over those rows,
+// which the history table shows and changes; no other copy of it is kept.
 class HistoryList : public QAbstractListModel
 {
     Q_OBJECT
@@ -32,6 +34,9 @@ public:
     void setFilterString(const QString &text);
     const QString &filterString() const { return m_filter; }
 
+    // The selection the history table uses as its own.
+    QItemSelectionModel *selectionModel() { return &m_selection; }
+    // Selected entries in row order.
     QList<Entry> selectedObjects() const;
     // Rows of arranged entries; rows out of range are ignored.
     void setSelectionIndexes(const QList<int> &rows);
@@ -41,16 +46,17 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
 Q_SIGNALS:
+    // The selected entries changed, by the table or by a change of the list.
     void selectionChanged();
 
 private:
     bool passes(const contents &entry) const;
     template<typename Pred>
     void removeArrangedIf(Pred isGone);
-    void rearrange();
+    void select(const QList<Entry> &entries);
 
     QList<Entry> m_all;
     QList<Entry> m_arranged;
-    QList<Entry> m_selected;
     QString m_filter;
+    QItemSelectionModel m_selection{this};
 };

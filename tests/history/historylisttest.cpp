@@ -21,10 +21,18 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
     EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("cherry")});
 
     addEntry(QString(200, u'x') + QStringLiteral("apple"), QStringLiteral("5")); // beyond the cut display string
+    nsac.setSelectionIndexes({0, 1});
+    // A new filter moves rows in and out; the views keep their place and the shown selection stays.
+    QSignalSpy reset(&nsac, &QAbstractItemModel::modelReset);
     nsac.setFilterString(QStringLiteral("apple"));
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 4 5").split(u' '));
-    EXPECT_TRUE(nsac.selectedObjects().isEmpty());
-    EXPECT_EQ(changed.count(), 3);
+    EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("APPLE juice")});
+    nsac.setFilterString(QString());
+    EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 3 4 5").split(u' '));
+    EXPECT_EQ(nsac.selectionIndexes(), QList<int>{0});
+    EXPECT_EQ(reset.count(), 0);
+    // Selected twice, rows moved up by a removal, one removed, one filtered out.
+    EXPECT_EQ(changed.count(), 5);
 }
 
 // Few runs of rows go as row removals, many as one reset; the fixture checks that the views were told.
