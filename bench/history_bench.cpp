@@ -51,6 +51,24 @@ void BM_IdleTick(benchmark::State &state)
 }
 BENCHMARK(BM_IdleTick)->Arg(100)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 
+// One search over a history of 1 KB texts: a new filter text, from none,
+// that about one entry in ten passes, and back to none.
+void BM_Search(benchmark::State &state)
+{
+    HistoryList nsac;
+    for (int i = 0; i < state.range(0); ++i) {
+        auto entry = std::make_shared<contents>();
+        entry->setContent(QString(1000, u'a') + (i % 10 == 0 ? QStringLiteral("needle %1") : QStringLiteral("straw %1")).arg(i));
+        nsac.addObject(entry);
+    }
+    for (auto _ : state) {
+        nsac.setFilterString(QStringLiteral("NEEDLE"));
+        nsac.setFilterString(QString());
+    }
+    state.SetLabel("two searches per iteration");
+}
+BENCHMARK(BM_Search)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
 // A tick that captures a new text of the given size.
 void BM_CaptureTick(benchmark::State &state)
 {
