@@ -36,8 +36,8 @@ int intValue(const QString &text)
 } // namespace
 
 CaptureLoop::CaptureLoop(HistoryList &nsac, DocumentState &document, Pasteboard &pasteboard,
-                         ApplicationRegistries &registries, Dock &dock, Notices &notices, EventTimer &eventTimer, RecordingSwitch &recording,
-                         ImageFetcher *fetcher, QObject *parent)
+                         ApplicationRegistries &registries, Dock &dock, Notices &notices, EventTimer &eventTimer,
+                         RecordingSwitch &recording, ImageFetcher *fetcher, QObject *parent)
     : QObject(parent)
     , m_nsac(nsac)
     , m_document(document)

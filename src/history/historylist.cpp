@@ -106,11 +106,14 @@ void HistoryList::setFilterString(const QString &text)
         return;
     m_filter = text;
     // Both lists follow capture order, so one walk over every entry finds
-    // the rows that go and the rows that come, in runs.
+    // the rows that go and the rows that come, in runs. `row` is where the
+    // walk stands in the list as the runs before it leave it: a run of rows
+    // that go all sit at that row, one after another; a run that comes is
+    // put there and the walk moves past it.
     struct Run
     {
         bool insert;
-        qsizetype first, last; // rows, in the list as it is when the run is applied
+        qsizetype first, last;
         QList<Entry> entries;
     };
     QList<Run> runs;
@@ -121,15 +124,15 @@ void HistoryList::setFilterString(const QString &text)
         arranged += shown;
         const bool passing = passes(*entry);
         if (shown != passing) {
-            const bool insert = passing;
-            if (runs.isEmpty() || runs.last().insert != insert || runs.last().last != row - (insert ? 1 : 0))
-                runs.append({insert, row, row - (insert ? 1 : 0), {}});
-            if (insert) {
-                ++runs.last().last;
+            const bool extends = !runs.isEmpty() && runs.last().insert == passing
+                && (passing ? runs.last().last + 1 == row : runs.last().first == row);
+            if (!extends)
+                runs.append({passing, row, row - 1, {}});
+            ++runs.last().last;
+            if (passing)
                 runs.last().entries.append(entry);
-            }
         }
-        row += passing; // removed rows leave no row behind them
+        row += passing;
     }
     if (runs.size() > maxRuns) {
         const QList<Entry> selected = selectedObjects();
@@ -185,7 +188,7 @@ QList<int> HistoryList::selectionIndexes() const
 }
 
 // Selects the entries again after a reset, which clears the selection
-// without a word; says so when some of them are gone.
+// without a word: when none of them is left, nothing else would say so.
 void HistoryList::select(const QList<Entry> &entries)
 {
     QList<int> rows;
@@ -194,7 +197,7 @@ void HistoryList::select(const QList<Entry> &entries)
             rows.append(int(row));
     }
     setSelectionIndexes(rows);
-    if (rows.size() != entries.size() && rows.isEmpty())
+    if (rows.isEmpty() && !entries.isEmpty())
         Q_EMIT selectionChanged();
 }
 

@@ -27,6 +27,8 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
     nsac.setFilterString(QStringLiteral("apple"));
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 4 5").split(u' '));
     EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("APPLE juice")});
+    nsac.setFilterString(QStringLiteral("juice")); // rows that go one after another
+    EXPECT_EQ(arranged(&contents::indexCount), QStringList{QStringLiteral("2")});
     nsac.setFilterString(QString());
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 3 4 5").split(u' '));
     EXPECT_EQ(nsac.selectionIndexes(), QList<int>{0});
