@@ -2,6 +2,7 @@
 
 #include "platform/imagefetcher.h"
 #include "platform/pasteboardtype.h"
+#include "platform/sharedbuffers.h"
 
 #include <QBuffer>
 #include <QFontDatabase>
@@ -9,10 +10,8 @@
 #include <QPainter>
 #include <QUrl>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstring>
 
 namespace {
 
@@ -50,31 +49,6 @@ void ensureContentsFont()
     contFont = font;
 }
 
-// Values with the very same bytes keep one buffer: a backup file holds the
-// text once per text type, a picture once per name it was copied under.
-// Only values of one size are compared, and one buffer is equal to itself.
-void shareEqualValues(contents::Datas &datas)
-{
-    QList<QByteArray> distinct;
-    QList<std::pair<QString, QByteArray>> shared;
-    for (auto it = datas.cbegin(); it != datas.cend(); ++it) {
-        const QByteArray &value = *it;
-        if (value.isEmpty())
-            continue;
-        const auto same = std::find_if(distinct.cbegin(), distinct.cend(), [&](const QByteArray &other) {
-            return other.size() == value.size()
-                && (other.constData() == value.constData()
-                    || std::memcmp(other.constData(), value.constData(), size_t(value.size())) == 0);
-        });
-        if (same == distinct.cend())
-            distinct.append(value);
-        else if (same->constData() != value.constData())
-            shared.append({it.key(), *same});
-    }
-    for (const auto &[type, value] : std::as_const(shared))
-        datas.insert(type, value);
-}
-
 QImage blankCanvas()
 {
     QImage canvas(contents::previewWidth, contents::previewHeight, QImage::Format_ARGB32_Premultiplied);
@@ -105,7 +79,12 @@ void contents::setContent(const QString &text)
 void contents::setDatas(const Datas &datas)
 {
     _pdicDatas = datas;
-    shareEqualValues(_pdicDatas);
+    // A backup file holds the text once per text type, and files written
+    // before pictures were read once hold their BMP under three names.
+    QList<QByteArray *> values;
+    for (QByteArray &value : _pdicDatas)
+        values.append(&value);
+    shareEqualBuffers(values);
 
     int icon = -1;
     if (_parraytypes.contains(PasteboardType::String)) {

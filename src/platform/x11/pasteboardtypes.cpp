@@ -1,6 +1,7 @@
 #include "platform/x11/pasteboardtypes.h"
 
 #include "platform/pasteboardtype.h"
+#include "platform/sharedbuffers.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace {
 
@@ -79,28 +79,6 @@ QStringList picturesToRead(const QStringList &offered)
             kept.append(*first);
     }
     return kept;
-}
-
-// Items that carry the very same bytes (the two text types always do, an
-// owner may offer one encoding under two names) keep one buffer between them.
-void shareEqualData(QList<PasteboardItem> &items)
-{
-    for (qsizetype i = 1; i < items.size(); ++i) {
-        QByteArray &data = items[i].data;
-        if (data.isEmpty())
-            continue;
-        for (qsizetype j = 0; j < i; ++j) {
-            const QByteArray &earlier = items[j].data;
-            if (earlier.size() != data.size())
-                continue;
-            if (earlier.constData() == data.constData())
-                break;
-            if (std::memcmp(earlier.constData(), data.constData(), size_t(data.size())) == 0) {
-                data = earlier;
-                break;
-            }
-        }
-    }
 }
 
 // The addresses of a text/uri-list, comments and blank lines aside.
@@ -196,7 +174,11 @@ QList<PasteboardItem> PasteboardTypes::itemsFromFormats(const QStringList &offer
         }
         items.append({typeForFormat(format, data), data});
     }
-    shareEqualData(items);
+    // An owner may offer one encoding under two names.
+    QList<QByteArray *> values;
+    for (PasteboardItem &item : items)
+        values.append(&item.data);
+    shareEqualBuffers(values);
     return items;
 }
 
