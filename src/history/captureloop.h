@@ -1,7 +1,6 @@
 #pragma once
 
 #include "history/contents.h"
-#include "platform/pasteboardtype.h"
 
 #include <QObject>
 #include <QString>

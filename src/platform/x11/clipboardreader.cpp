@@ -1,29 +1,18 @@
 #include "platform/x11/clipboardreader.h"
 
+#include "platform/x11/xcbpointer.h"
+
 #include <QGuiApplication>
 #include <QMetaObject>
 #include <QtGui/qguiapplication_platform.h>
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
-
 Q_LOGGING_CATEGORY(lcPasteboard, "quillstash.pasteboard", QtWarningMsg)
 
 // Xlib's name of the display Qt opened; declared here rather than through
 // Xlib.h, whose macros (None, Bool, Status) clash with Qt's names.
 extern "C" char *XDisplayString(Display *display);
-
-namespace {
-
-struct FreeDeleter
-{
-    void operator()(void *p) const { std::free(p); }
-};
-template<typename T>
-using XcbPtr = std::unique_ptr<T, FreeDeleter>;
-
-} // namespace
 
 ClipboardReader::ClipboardReader(QObject *parent, const SelectionReader::Limits &limits)
     : QObject(parent)

@@ -26,11 +26,6 @@ constexpr int maxTargets = 1024;
 
 } // namespace
 
-void SelectionReader::FreeDeleter::operator()(void *p) const
-{
-    std::free(p);
-}
-
 SelectionReader::SelectionReader(const QByteArray &displayName, const Limits &limits,
                                  const std::atomic<quint64> &generation, Publish publish)
     : m_displayName(displayName)
@@ -327,7 +322,7 @@ SelectionReader::Outcome SelectionReader::readIncr(const xcb_get_property_reply_
 // Reading with delete set tells an INCR owner to send its next chunk. The
 // server deletes only a property read to its end, so one larger than asked
 // for stays, with bytes_after telling how much is left.
-SelectionReader::XcbPtr<xcb_get_property_reply_t> SelectionReader::takeProperty(qsizetype maxBytes)
+XcbPtr<xcb_get_property_reply_t> SelectionReader::takeProperty(qsizetype maxBytes)
 {
     const uint32_t maxLongs = uint32_t(maxBytes / 4 + 1);
     return XcbPtr<xcb_get_property_reply_t>(xcb_get_property_reply(
@@ -353,7 +348,7 @@ SelectionReader::Outcome SelectionReader::awaitEvent(uint8_t type, Clock::time_p
 }
 
 // The next event, or null once the deadline has passed or the reader stops.
-SelectionReader::XcbPtr<xcb_generic_event_t> SelectionReader::waitForEvent(Clock::time_point deadline)
+XcbPtr<xcb_generic_event_t> SelectionReader::waitForEvent(Clock::time_point deadline)
 {
     for (;;) {
         if (m_stop)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/x11/pasteboardtypes.h"
+#include "platform/x11/xcbpointer.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -63,12 +64,6 @@ private:
         quint8 format = 0;
         QByteArray data;
     };
-    struct FreeDeleter
-    {
-        void operator()(void *p) const;
-    };
-    template<typename T>
-    using XcbPtr = std::unique_ptr<T, FreeDeleter>;
     using Clock = std::chrono::steady_clock;
 
     void run();
