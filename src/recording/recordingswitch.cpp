@@ -50,10 +50,11 @@ void RecordingSwitch::checkAutoRecStatus()
         m_notices.messageGrowl(QStringLiteral("Quillstash"), QStringLiteral("Rec Stop"),
                                Notices::RecStopPasteboardNotification);
     }
+    Q_EMIT recordingAnnounced(m_automaticRec);
 }
 
 void RecordingSwitch::updateOnOffSign()
 {
-    // The status-bar sign follows the window's indicator, which the main
-    // window provides; until it exists there is nothing to update.
+    // The sign follows the window's indicator, which the interface owns.
+    Q_EMIT onOffSignDue();
 }

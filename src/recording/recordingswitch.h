@@ -27,6 +27,12 @@ public:
     void checkAutoRecStatus();
     void updateOnOffSign();
 
+Q_SIGNALS:
+    // At the end of each announcement: the window, toolbar and tray show it.
+    void recordingAnnounced(bool on);
+    // Once a tick, for the tray picture and the indicator's blink.
+    void onOffSignDue();
+
 private:
     ApplicationRegistries &m_registries;
     Notices &m_notices;

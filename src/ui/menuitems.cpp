@@ -1,0 +1,106 @@
+#include "ui/menuitems.h"
+
+#include "platform/imagenamed.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+namespace {
+
+struct Row
+{
+    MenuItems::Id id;
+    const char *text;
+    QKeySequence::StandardKey standardKey;
+    // Used where the desktop defines no binding for the standard key (a bare
+    // X11 session has none for Save As or Delete).
+    const char *keys;
+    // A freedesktop icon name, and the program's own drawing when the theme lacks it.
+    const char *themeIcon;
+    const char *ownImage;
+    bool checkable;
+};
+
+constexpr QKeySequence::StandardKey none = QKeySequence::UnknownKey;
+
+// clang-format off
+const Row rows[] = {
+    {MenuItems::Open,            QT_TRANSLATE_NOOP("MenuItems", "&Open…"),         QKeySequence::Open,   "Ctrl+O",       "document-open",        nullptr,                false},
+    {MenuItems::Save,            QT_TRANSLATE_NOOP("MenuItems", "&Save"),          QKeySequence::Save,   "Ctrl+S",       "document-save",        nullptr,                false},
+    {MenuItems::SaveAs,          QT_TRANSLATE_NOOP("MenuItems", "Save &As…"),      QKeySequence::SaveAs, "Ctrl+Shift+S", "document-save-as",     nullptr,                false},
+    {MenuItems::Quit,            QT_TRANSLATE_NOOP("MenuItems", "&Quit"),          QKeySequence::Quit,   "Ctrl+Q",       "application-exit",     nullptr,                false},
+    {MenuItems::Copy,            QT_TRANSLATE_NOOP("MenuItems", "&Copy"),          QKeySequence::Copy,   "Ctrl+C",       "edit-copy",            nullptr,                false},
+    {MenuItems::Cut,             QT_TRANSLATE_NOOP("MenuItems", "Cu&t"),           QKeySequence::Cut,    "Ctrl+X",       "edit-cut",             nullptr,                false},
+    {MenuItems::PasteCapture,    QT_TRANSLATE_NOOP("MenuItems", "&Paste as Manual Capture"), QKeySequence::Paste, "Ctrl+V", "edit-paste",       nullptr,                false},
+    {MenuItems::Delete,          QT_TRANSLATE_NOOP("MenuItems", "&Delete"),        QKeySequence::Delete, "Del",          "edit-delete",          nullptr,                false},
+    {MenuItems::ClearHistory,    QT_TRANSLATE_NOOP("MenuItems", "C&lear History"), none,                 nullptr,        "edit-clear-history",   nullptr,                false},
+    {MenuItems::Compact,         QT_TRANSLATE_NOOP("MenuItems", "Compact"),        none,                 nullptr,        "view-restore",         nullptr,                true},
+    {MenuItems::StartRecording,  QT_TRANSLATE_NOOP("MenuItems", "&Start Recording"), none,               nullptr,        "media-record",         "qs_menu_item_rec_on",  false},
+    {MenuItems::StopRecording,   QT_TRANSLATE_NOOP("MenuItems", "S&top Recording"), none,                nullptr,        "media-playback-stop",  "qs_menu_item_rec_off", false},
+    {MenuItems::ToggleRecording, QT_TRANSLATE_NOOP("MenuItems", "Recording"),      none,                 nullptr,        nullptr,                "qs_rec_on_003",        false},
+    {MenuItems::ShowWindow,      QT_TRANSLATE_NOOP("MenuItems", "Show Quillstash"), none,                nullptr,        nullptr,                "quillstash",           false},
+    {MenuItems::Restore,         QT_TRANSLATE_NOOP("MenuItems", "&Restore"),       none,                 nullptr,        "edit-undo",            nullptr,                false},
+    {MenuItems::OpenLink,        QT_TRANSLATE_NOOP("MenuItems", "Open &Link"),     none,                 nullptr,        "internet-web-browser", nullptr,                false},
+};
+// clang-format on
+static_assert(std::size(rows) == MenuItems::Count);
+
+QIcon iconFor(const Row &row)
+{
+    const QIcon own = row.ownImage ? ImageNamed::iconNamed(QString::fromLatin1(row.ownImage)) : QIcon();
+    if (!row.themeIcon)
+        return own;
+    return QIcon::fromTheme(QString::fromLatin1(row.themeIcon), own);
+}
+
+QList<QKeySequence> shortcutsFor(const Row &row)
+{
+    QList<QKeySequence> keys;
+    if (row.standardKey != none)
+        keys = QKeySequence::keyBindings(row.standardKey);
+    if (keys.isEmpty() && row.keys)
+        keys = {QKeySequence(QString::fromLatin1(row.keys))};
+    return keys;
+}
+
+void addAll(QMenu *menu, const MenuItems &items, std::initializer_list<int> ids)
+{
+    for (const int id : ids) {
+        if (id < 0)
+            menu->addSeparator();
+        else
+            menu->addAction(items.action(MenuItems::Id(id)));
+    }
+}
+
+constexpr int separator = -1;
+
+} // namespace
+
+MenuItems::MenuItems(QObject *parent)
+    : QObject(parent)
+    , m_contextMenu(std::make_unique<QMenu>())
+    , m_trayMenu(std::make_unique<QMenu>())
+{
+    for (const Row &row : rows) {
+        Q_ASSERT(!m_actions[row.id]);
+        auto *action = new QAction(iconFor(row), tr(row.text), this);
+        action->setShortcuts(shortcutsFor(row));
+        action->setCheckable(row.checkable);
+        m_actions[row.id] = action;
+    }
+
+    addAll(m_contextMenu.get(), *this, {Restore, separator, Copy, Cut, Delete, separator, OpenLink});
+    addAll(m_trayMenu.get(), *this, {ShowWindow, separator, StartRecording, StopRecording, separator, Quit});
+}
+
+MenuItems::~MenuItems() = default;
+
+void MenuItems::fillMenuBar(QMenuBar *bar) const
+{
+    addAll(bar->addMenu(tr("&File")), *this, {Open, Save, SaveAs, separator, Quit});
+    addAll(bar->addMenu(tr("&Edit")), *this, {Copy, Cut, PasteCapture, separator, Delete, ClearHistory});
+    addAll(bar->addMenu(tr("&View")), *this, {Compact});
+    addAll(bar->addMenu(tr("&Recording")), *this, {StartRecording, StopRecording});
+}
