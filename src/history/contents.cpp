@@ -72,7 +72,22 @@ void contents::setContent(const QString &text)
         _pstrContent = text;
     else
         _pstrContent = text.left(contentLimit) + QStringLiteral(" ...");
-    _pstrContentOrig = text;
+    _contentOrigUtf8 = text.toUtf8();
+    changed();
+}
+
+void contents::setContentUtf8(const QByteArray &utf8)
+{
+    // Every code point takes at most four bytes and at least one UTF-16
+    // unit, so this prefix decodes to more than contentLimit units whenever
+    // the text is longer than that: a 50 MB text is not decoded whole.
+    constexpr qsizetype prefixBytes = (contentLimit + 2) * 4;
+    const QString prefix = QString::fromUtf8(QByteArrayView(utf8).first(std::min(utf8.size(), prefixBytes)));
+    if (prefix.size() <= contentLimit)
+        _pstrContent = prefix;
+    else
+        _pstrContent = prefix.left(contentLimit) + QStringLiteral(" ...");
+    _contentOrigUtf8 = utf8;
     changed();
 }
 
@@ -84,6 +99,7 @@ void contents::setDatas(const Datas &datas)
     QList<QByteArray *> values;
     for (QByteArray &value : _pdicDatas)
         values.append(&value);
+    values.append(&_contentOrigUtf8);
     shareEqualBuffers(values);
 
     int icon = -1;
