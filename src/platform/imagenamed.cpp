@@ -273,7 +273,7 @@ public:
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {
         const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
-        painter->drawPixmap(rect, scaledPixmap(rect.size(), mode, state, ratio));
+        painter->drawPixmap(rect, scaledPixmap(rect.size() * ratio, mode, state, ratio));
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
@@ -285,10 +285,14 @@ public:
     {
         if (size.isEmpty())
             return QPixmap();
-        QImage image = renderDrawing(m_draw, size, scale > 0 ? scale : 1.0);
+        // Qt 6.4's QIcon::pixmap() hands over the size in device pixels;
+        // the ratio only labels the result.
+        QImage image = renderDrawing(m_draw, size, 1.0);
         if (mode == QIcon::Disabled)
             image = disabledLook(std::move(image));
-        return QPixmap::fromImage(std::move(image));
+        QPixmap result = QPixmap::fromImage(std::move(image));
+        result.setDevicePixelRatio(scale > 0 ? scale : 1.0);
+        return result;
     }
 
     QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override
