@@ -78,9 +78,10 @@ void drawTypeText(QPainter &p)
     drawTile(p, QColor(0xE0, 0x8A, 0x1E));
     p.setPen(Qt::NoPen);
     p.setBrush(glyph);
-    const qreal lengths[] = {16, 16, 16, 10};
-    for (int i = 0; i < 4; ++i)
-        p.drawRoundedRect(QRectF(8, 8 + i * 4.5, lengths[i], 2.6), 1.3, 1.3);
+    // Whole-unit lines on a pitch of 6 stay sharp at 16 and 32 px.
+    const qreal lengths[] = {16, 16, 10};
+    for (int i = 0; i < 3; ++i)
+        p.drawRoundedRect(QRectF(8, 8 + i * 6, lengths[i], 3), 1.5, 1.5);
 }
 
 QPainterPath foldedPage(const QRectF &r, qreal fold)
