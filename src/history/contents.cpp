@@ -1,6 +1,7 @@
 #include "history/contents.h"
 
 #include "platform/imagefetcher.h"
+#include "platform/imagenamed.h"
 #include "platform/pasteboardtype.h"
 #include "platform/sharedbuffers.h"
 
@@ -283,16 +284,18 @@ void contents::resetContentsFont()
 QImage contents::getTypeImage(int index)
 {
     static const std::array<QString, 4> names = {
-        QStringLiteral(":/icontypes_image"),
-        QStringLiteral(":/icontypes_url"),
-        QStringLiteral(":/icontypes_text"),
-        QStringLiteral(":/icontypes_unknown"),
+        QStringLiteral("icontypes_image"),
+        QStringLiteral("icontypes_url"),
+        QStringLiteral("icontypes_text"),
+        QStringLiteral("icontypes_unknown"),
     };
+    // The size the table and the preview were laid out for.
+    constexpr QSize typeIconSize(32, 32);
     static std::array<QImage, 4> icon_images;
     Q_ASSERT(index >= 0 && index < int(icon_images.size()));
     for (std::size_t i = 0; i < icon_images.size(); ++i) {
         if (icon_images[i].isNull())
-            icon_images[i] = QImage(names[i]);
+            icon_images[i] = ImageNamed::imageNamed(names[i], typeIconSize);
     }
     return icon_images[std::size_t(index)];
 }
