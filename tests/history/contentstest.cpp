@@ -1,6 +1,7 @@
 #include "history/contents.h"
 #include "history/previewcache.h"
 #include "platform/fake/fakeimagefetcher.h"
+#include "platform/imagenamed.h"
 #include "support/entries.h"
 
 #include <QBuffer>
@@ -69,7 +70,7 @@ TEST(Contents, Utf8TextIsCutLikeItsDecodedFormAndSharesTheTextTypesBuffer)
 // The table shows these pictures, compiled into the program, for each kind.
 TEST(Contents, TypeIconFollowsPrecedence)
 {
-    const char *const icons[] = {":/icontypes_image", ":/icontypes_url", ":/icontypes_text", ":/icontypes_unknown"};
+    const char *const icons[] = {"icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown"};
     const struct { QStringList types; QString text; int icon; } cases[] = {
         {{stringType}, QStringLiteral("http://example.org"), 1},  {{stringType}, QStringLiteral("HTTP://EXAMPLE.ORG"), 2},
         {{stringType}, QStringLiteral("http:/"), 2},              {{plainType}, QStringLiteral("http://example.org"), 3},
@@ -78,9 +79,9 @@ TEST(Contents, TypeIconFollowsPrecedence)
     };
     for (const auto &c : cases) {
         const Entry entry = makeEntry(c.types, c.text);
-        const QImage icon(QString::fromLatin1(icons[c.icon]));
+        const QImage icon = ImageNamed::imageNamed(QString::fromLatin1(icons[c.icon]), QSize(32, 32));
         EXPECT_EQ(entry->typeImage(), icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
-        EXPECT_EQ(icon.size(), QSize(32, 32));
+        EXPECT_EQ(entry->typeImage().size(), QSize(32, 32));
     }
 }
 
