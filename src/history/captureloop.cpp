@@ -61,11 +61,19 @@ void CaptureLoop::MainTimer()
     m_recording.updateOnOffSign();
 
     const int n = int(m_nsac.arrangedCount());
-    Q_EMIT entryCountShown(n);
+    if (n != m_shownCount) {
+        m_shownCount = n;
+        Q_EMIT entryCountShown(n);
+    }
 
     try {
         m_document.updateTitle();
-        Q_EMIT titleChanged(m_document.title(), !m_document.isClean());
+        const bool dirty = !m_document.isClean();
+        if (m_document.title() != m_shownTitle || dirty != m_shownDirty) {
+            m_shownTitle = m_document.title();
+            m_shownDirty = dirty;
+            Q_EMIT titleChanged(m_shownTitle, dirty);
+        }
 
         const qint32 m = qint32(m_nsac.arrangedCount());
         if (m != nsac_count) {
@@ -97,13 +105,14 @@ void CaptureLoop::MainTimer()
             }
         }
 
-        for (const Entry &entry : m_nsac.arrangedObjects())
-            entry->setImageLater(m_fetcher);
+        // Only entries whose preview is not final yet take part: an idle
+        // tick over a long history visits none.
+        m_nsac.givePreviewAttempts(m_fetcher);
 
         if (n > 0) {
             const QList<Entry> selected = m_nsac.selectedObjects();
             if (!selected.isEmpty())
-                Q_EMIT typesSourceChanged(selected.first()->types());
+                showTypes(selected.first()->types());
         }
     } catch (const std::exception &) {
         qWarning("exception catched");
@@ -157,7 +166,7 @@ Entry CaptureLoop::NewPasteBoardContents()
     auto entry = std::make_shared<contents>();
     entry->setIndexCount(QString::number(m_document.getCounter()));
     if (firstTypes.contains(PasteboardType::String))
-        entry->setContent(m_pasteboard.stringForType(PasteboardType::String));
+        entry->setContentUtf8(m_pasteboard.dataForType(PasteboardType::String));
     else
         entry->setContent(QStringLiteral("[ ") + firstTypes.first() + QStringLiteral(" ]"));
     entry->setMainType(firstTypes.first());
@@ -199,10 +208,22 @@ void CaptureLoop::showCurrent(int n)
 
     if (m_currentContent) {
         m_currentContent->setImageLater(m_fetcher);
-        Q_EMIT currentContentChanged(m_currentContent);
+        if (m_currentContent != m_shownContent) {
+            m_shownContent = m_currentContent;
+            Q_EMIT currentContentChanged(m_currentContent);
+        }
     }
     if (n == 0)
-        Q_EMIT typesSourceChanged(m_currentContent ? m_currentContent->types() : QStringList());
+        showTypes(m_currentContent ? m_currentContent->types() : QStringList());
+}
+
+void CaptureLoop::showTypes(const QStringList &types)
+{
+    if (m_typesShown && types == m_shownTypes)
+        return;
+    m_typesShown = true;
+    m_shownTypes = types;
+    Q_EMIT typesSourceChanged(types);
 }
 
 int CaptureLoop::intSort(const contents &a, const contents &b)

@@ -48,6 +48,8 @@ public:
     void setPaused(bool paused) { m_paused = paused; }
 
 Q_SIGNALS:
+    // Each of these is sent when what it shows changed, so that an idle tick
+    // repaints nothing.
     void entryCountShown(int n);
     void titleChanged(const QString &title, bool documentDirty);
     void typesSourceChanged(const QStringList &types);
@@ -60,6 +62,7 @@ Q_SIGNALS:
 private:
     bool isOwnOrSecretWrite(const QStringList &types) const;
     void showCurrent(int n);
+    void showTypes(const QStringList &types);
 
     HistoryList &m_nsac;
     DocumentState &m_document;
@@ -78,4 +81,12 @@ private:
     bool mbManualAdd = false;
     bool m_paused = false;
     Entry m_currentContent;
+
+    // What the views were last told.
+    int m_shownCount = -1;
+    QString m_shownTitle;
+    bool m_shownDirty = false;
+    Entry m_shownContent;
+    QStringList m_shownTypes;
+    bool m_typesShown = false;
 };

@@ -1,6 +1,7 @@
 #include "history/contents.h"
 
 #include "platform/imagefetcher.h"
+#include "platform/imagenamed.h"
 #include "platform/pasteboardtype.h"
 #include "platform/sharedbuffers.h"
 
@@ -72,7 +73,22 @@ void contents::setContent(const QString &text)
         _pstrContent = text;
     else
         _pstrContent = text.left(contentLimit) + QStringLiteral(" ...");
-    _pstrContentOrig = text;
+    _contentOrigUtf8 = text.toUtf8();
+    changed();
+}
+
+void contents::setContentUtf8(const QByteArray &utf8)
+{
+    // Every code point takes at most four bytes and at least one UTF-16
+    // unit, so this prefix decodes to more than contentLimit units whenever
+    // the text is longer than that: a 50 MB text is not decoded whole.
+    constexpr qsizetype prefixBytes = (contentLimit + 2) * 4;
+    const QString prefix = QString::fromUtf8(QByteArrayView(utf8).first(std::min(utf8.size(), prefixBytes)));
+    if (prefix.size() <= contentLimit)
+        _pstrContent = prefix;
+    else
+        _pstrContent = prefix.left(contentLimit) + QStringLiteral(" ...");
+    _contentOrigUtf8 = utf8;
     changed();
 }
 
@@ -84,6 +100,7 @@ void contents::setDatas(const Datas &datas)
     QList<QByteArray *> values;
     for (QByteArray &value : _pdicDatas)
         values.append(&value);
+    values.append(&_contentOrigUtf8);
     shareEqualBuffers(values);
 
     int icon = -1;
@@ -267,16 +284,18 @@ void contents::resetContentsFont()
 QImage contents::getTypeImage(int index)
 {
     static const std::array<QString, 4> names = {
-        QStringLiteral(":/icontypes_image"),
-        QStringLiteral(":/icontypes_url"),
-        QStringLiteral(":/icontypes_text"),
-        QStringLiteral(":/icontypes_unknown"),
+        QStringLiteral("icontypes_image"),
+        QStringLiteral("icontypes_url"),
+        QStringLiteral("icontypes_text"),
+        QStringLiteral("icontypes_unknown"),
     };
+    // The size the table and the preview were laid out for.
+    constexpr QSize typeIconSize(32, 32);
     static std::array<QImage, 4> icon_images;
     Q_ASSERT(index >= 0 && index < int(icon_images.size()));
     for (std::size_t i = 0; i < icon_images.size(); ++i) {
         if (icon_images[i].isNull())
-            icon_images[i] = QImage(names[i]);
+            icon_images[i] = ImageNamed::imageNamed(names[i], typeIconSize);
     }
     return icon_images[std::size_t(index)];
 }

@@ -41,8 +41,15 @@ public:
     const QString &content() const { return _pstrContent; }
     // Sets the full text and the display string cut from it.
     void setContent(const QString &text);
-    const QString &contentOrig() const { return _pstrContentOrig; }
-    void setContentOrig(const QString &text) { _pstrContentOrig = text; }
+    // The same from UTF-8 bytes, as the pasteboard holds a text: only the
+    // display string is decoded, and the full text shares the bytes.
+    void setContentUtf8(const QByteArray &utf8);
+    // The full text, decoded when asked. Searches read contentOrigUtf8():
+    // the text is kept once, as UTF-8, and shares its buffer with the text
+    // types' data when they hold the same bytes.
+    QString contentOrig() const { return QString::fromUtf8(_contentOrigUtf8); }
+    const QByteArray &contentOrigUtf8() const { return _contentOrigUtf8; }
+    void setContentOrig(const QString &text) { _contentOrigUtf8 = text.toUtf8(); }
     const Datas &datas() const { return _pdicDatas; }
     // Stores the data (equal values in one buffer) and chooses the type icon;
     // call after setTypes() and setContent(), whose results it reads.
@@ -95,7 +102,7 @@ private:
 
     QString _pstrIndexCount;
     QString _pstrContent;
-    QString _pstrContentOrig;
+    QByteArray _contentOrigUtf8;
     Datas _pdicDatas;
     QStringList _parraytypes;
     QFont _pfontFont;

@@ -1,6 +1,9 @@
 #include "history/historylist.h"
 
+#include <QtConcurrent/QtConcurrentMap>
+
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -20,6 +23,8 @@ void HistoryList::addObject(const Entry &entry)
 {
     Q_ASSERT(entry);
     m_all.append(entry);
+    if (!entry->isImageSet())
+        m_previewPending.append(entry);
     if (!passes(*entry))
         return;
     const int row = int(m_arranged.size());
@@ -34,6 +39,7 @@ void HistoryList::removeObject(const Entry &entry)
     if (index < 0)
         return;
     m_all.removeAt(index);
+    m_previewPending.removeOne(entry);
     const qsizetype row = m_arranged.indexOf(entry);
     if (row >= 0) {
         beginRemoveRows({}, int(row), int(row));
@@ -66,6 +72,25 @@ void HistoryList::removeObjects(const QList<Entry> &entries)
 
     removeArrangedIf(isGone);
     m_all.removeIf(isGone);
+    m_previewPending.removeIf(isGone);
+}
+
+void HistoryList::givePreviewAttempts(ImageFetcher *fetcher)
+{
+    // Pending entries are few (a preview is final after a few ticks), so
+    // asking the filter about each costs little.
+    for (const Entry &entry : std::as_const(m_previewPending)) {
+        if (passes(*entry))
+            entry->setImageLater(fetcher);
+    }
+    m_previewPending.removeIf([](const Entry &entry) { return entry->isImageSet(); });
+}
+
+void HistoryList::needUpdateImages()
+{
+    for (const Entry &entry : std::as_const(m_all))
+        entry->needUpdateImage();
+    m_previewPending = m_all;
 }
 
 template<typename Pred>
@@ -105,6 +130,7 @@ void HistoryList::setFilterString(const QString &text)
     if (text == m_filter)
         return;
     m_filter = text;
+    m_matcher = TextMatcher(text);
     // Both lists follow capture order, so one walk over every entry finds
     // the rows that go and the rows that come, in runs. `row` is where the
     // walk stands in the list as the runs before it leave it: a run of rows
@@ -116,35 +142,61 @@ void HistoryList::setFilterString(const QString &text)
         qsizetype first, last;
         QList<Entry> entries;
     };
-    QList<Run> runs;
-    qsizetype row = 0;
+    // The search runs once per entry; a second walk over the results finds
+    // the runs only when there are few enough to tell the views row by row.
+    std::vector<char> passing(size_t(m_all.size()));
+    findPassing(passing);
+
+    qsizetype runCount = 0;
+    bool inRun = false;
+    bool runInserts = false;
     qsizetype arranged = 0;
-    for (const Entry &entry : std::as_const(m_all)) {
-        const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == entry;
+    for (qsizetype i = 0; i < m_all.size(); ++i) {
+        const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == m_all.at(i);
         arranged += shown;
-        const bool passing = passes(*entry);
-        if (shown != passing) {
-            const bool extends = !runs.isEmpty() && runs.last().insert == passing
-                && (passing ? runs.last().last + 1 == row : runs.last().first == row);
-            if (!extends)
-                runs.append({passing, row, row - 1, {}});
-            ++runs.last().last;
-            if (passing)
-                runs.last().entries.append(entry);
+        const bool differs = shown != passing[size_t(i)];
+        // A run of rows that go continues over rows that stay hidden; any
+        // shown row ends it, as does a row of the other kind.
+        if (differs && (!inRun || runInserts != passing[size_t(i)]))
+            ++runCount;
+        if (differs) {
+            inRun = true;
+            runInserts = passing[size_t(i)];
+        } else if (shown || passing[size_t(i)]) {
+            inRun = false;
         }
-        row += passing;
     }
-    if (runs.size() > maxRuns) {
+    if (runCount > maxRuns) {
         const QList<Entry> selected = selectedObjects();
         beginResetModel();
         m_arranged.clear();
-        for (const Entry &entry : std::as_const(m_all)) {
-            if (passes(*entry))
-                m_arranged.append(entry);
+        for (qsizetype i = 0; i < m_all.size(); ++i) {
+            if (passing[size_t(i)])
+                m_arranged.append(m_all.at(i));
         }
         endResetModel();
         select(selected);
         return;
+    }
+
+    QList<Run> runs;
+    qsizetype row = 0;
+    arranged = 0;
+    for (qsizetype i = 0; i < m_all.size(); ++i) {
+        const Entry &entry = m_all.at(i);
+        const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == entry;
+        arranged += shown;
+        const bool passes = passing[size_t(i)];
+        if (shown != passes) {
+            const bool extends = !runs.isEmpty() && runs.last().insert == passes
+                && (passes ? runs.last().last + 1 == row : runs.last().first == row);
+            if (!extends)
+                runs.append({passes, row, row - 1, {}});
+            ++runs.last().last;
+            if (passes)
+                runs.last().entries.append(entry);
+        }
+        row += passes;
     }
     for (const Run &run : std::as_const(runs)) {
         if (run.insert) {
@@ -158,6 +210,28 @@ void HistoryList::setFilterString(const QString &text)
             endRemoveRows();
         }
     }
+}
+
+void HistoryList::findPassing(std::vector<char> &passing) const
+{
+    // A search over a long history reads every text it holds, which one core
+    // cannot fetch from memory as fast as the user expects an answer: the
+    // entries are searched in slices, on every core.
+    constexpr qsizetype sliceSize = 4096;
+    const qsizetype count = m_all.size();
+    if (count <= sliceSize) {
+        for (qsizetype i = 0; i < count; ++i)
+            passing[size_t(i)] = passes(*m_all.at(i));
+        return;
+    }
+    QList<qsizetype> slices;
+    for (qsizetype first = 0; first < count; first += sliceSize)
+        slices.append(first);
+    QtConcurrent::blockingMap(slices, [&](qsizetype first) {
+        const qsizetype end = std::min(first + sliceSize, count);
+        for (qsizetype i = first; i < end; ++i)
+            passing[size_t(i)] = passes(*m_all.at(i));
+    });
 }
 
 QList<Entry> HistoryList::selectedObjects() const
@@ -227,5 +301,5 @@ QVariant HistoryList::data(const QModelIndex &index, int role) const
 
 bool HistoryList::passes(const contents &entry) const
 {
-    return m_filter.isEmpty() || entry.contentOrig().contains(m_filter, Qt::CaseInsensitive);
+    return m_matcher.matches(entry.contentOrigUtf8());
 }

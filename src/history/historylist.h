@@ -1,10 +1,15 @@
 #pragma once
 
 #include "history/contents.h"
+#include "history/textmatcher.h"
 
 #include <QAbstractListModel>
 #include <QItemSelectionModel>
 #include <QList>
+
+#include <vector>
+
+class ImageFetcher;
 
 // The history list: every entry in capture order and the arranged entries
 // (those that pass the search filter, in the same order). Model rows are the
@@ -34,6 +39,12 @@ public:
     void setFilterString(const QString &text);
     const QString &filterString() const { return m_filter; }
 
+    // One more preview attempt for each arranged entry whose preview is not
+    // final yet; entries with a final preview are not visited.
+    void givePreviewAttempts(ImageFetcher *fetcher);
+    // Every entry's preview is made again (the drawing font changed).
+    void needUpdateImages();
+
     // The selection the history table uses as its own.
     QItemSelectionModel *selectionModel() { return &m_selection; }
     // Selected entries in row order.
@@ -51,6 +62,8 @@ Q_SIGNALS:
 
 private:
     bool passes(const contents &entry) const;
+    // Whether each entry passes the filter, in the order of m_all.
+    void findPassing(std::vector<char> &passing) const;
     template<typename Pred>
     void removeArrangedIf(Pred isGone);
     void select(const QList<Entry> &entries);
@@ -58,5 +71,8 @@ private:
     QList<Entry> m_all;
     QList<Entry> m_arranged;
     QString m_filter;
+    TextMatcher m_matcher;
+    // Entries whose preview is not final yet, in capture order.
+    QList<Entry> m_previewPending;
     QItemSelectionModel m_selection{this};
 };

@@ -78,9 +78,10 @@ void drawTypeText(QPainter &p)
     drawTile(p, QColor(0xE0, 0x8A, 0x1E));
     p.setPen(Qt::NoPen);
     p.setBrush(glyph);
-    const qreal lengths[] = {16, 16, 16, 10};
-    for (int i = 0; i < 4; ++i)
-        p.drawRoundedRect(QRectF(8, 8 + i * 4.5, lengths[i], 2.6), 1.3, 1.3);
+    // Whole-unit lines on a pitch of 6 stay sharp at 16 and 32 px.
+    const qreal lengths[] = {16, 16, 10};
+    for (int i = 0; i < 3; ++i)
+        p.drawRoundedRect(QRectF(8, 8 + i * 6, lengths[i], 3), 1.5, 1.5);
 }
 
 QPainterPath foldedPage(const QRectF &r, qreal fold)
@@ -273,7 +274,7 @@ public:
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {
         const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
-        painter->drawPixmap(rect, scaledPixmap(rect.size(), mode, state, ratio));
+        painter->drawPixmap(rect, scaledPixmap(rect.size() * ratio, mode, state, ratio));
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
@@ -285,10 +286,14 @@ public:
     {
         if (size.isEmpty())
             return QPixmap();
-        QImage image = renderDrawing(m_draw, size, scale > 0 ? scale : 1.0);
+        // Qt 6.4's QIcon::pixmap() hands over the size in device pixels;
+        // the ratio only labels the result.
+        QImage image = renderDrawing(m_draw, size, 1.0);
         if (mode == QIcon::Disabled)
             image = disabledLook(std::move(image));
-        return QPixmap::fromImage(std::move(image));
+        QPixmap result = QPixmap::fromImage(std::move(image));
+        result.setDevicePixelRatio(scale > 0 ? scale : 1.0);
+        return result;
     }
 
     QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override

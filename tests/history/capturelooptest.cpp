@@ -70,18 +70,25 @@ TEST_F(CaptureLoopTest, AutoRemoveKeepsTheArrangedEntriesWithTheLargestNumbers)
 }
 
 // The types table shows the current state while the history is empty, else the first selected entry.
-TEST_F(CaptureLoopTest, CurrentStateIsShownOnceThenOnEveryTickAfterAChange)
+// Idle ticks tell the views nothing: they would repaint every second.
+TEST_F(CaptureLoopTest, CurrentStateAndCountsAreSentWhenTheyChangeAndIdleTicksSendNothing)
 {
     QSignalSpy current(&capture, &CaptureLoop::currentContentChanged);
     QSignalSpy types(&capture, &CaptureLoop::typesSourceChanged);
+    QSignalSpy count(&capture, &CaptureLoop::entryCountShown);
+    QSignalSpy title(&capture, &CaptureLoop::titleChanged);
     pasteboard.setState({{htmlType, "<b>"}});
     tick(3);
     EXPECT_EQ(types, QList<QVariantList>{{QStringList{htmlType}}});
+    EXPECT_EQ(count, QList<QVariantList>{{0}});
+    EXPECT_EQ(title, (QList<QVariantList>{{QStringLiteral("Untitled.qs_backup"), false}}));
 
     const QString address = QStringLiteral("https://example.org/picture.png");
     pasteboard.setText(address);
     tick(6);
-    EXPECT_EQ(current.count(), 7);
+    EXPECT_EQ(current.count(), 2);
+    EXPECT_EQ(count.count(), 1);
+    EXPECT_EQ(title.count(), 1);
     // An unchanged state keeps its entry: its picture is asked for once.
     EXPECT_EQ(fetcher.requestCount(), 1);
 

@@ -1,6 +1,7 @@
 #include "history/contents.h"
 #include "history/previewcache.h"
 #include "platform/fake/fakeimagefetcher.h"
+#include "platform/imagenamed.h"
 #include "support/entries.h"
 
 #include <QBuffer>
@@ -44,10 +45,32 @@ TEST(Contents, DisplayStringOf140Utf16UnitsOrLessIsUntouched)
     }
 }
 
+// A text read as UTF-8 decodes only what the display string needs, and the
+// full text kept for the search is the very buffer of the text types.
+TEST(Contents, Utf8TextIsCutLikeItsDecodedFormAndSharesTheTextTypesBuffer)
+{
+    const QString emoji = QString::fromUcs4(U"\U0001F600");
+    for (const QString &text : {QString(141, u'a'), emoji.repeated(71), QString(5000, u'\u00e4'), QString()}) {
+        contents decoded;
+        decoded.setContent(text);
+        contents entry;
+        entry.setContentUtf8(text.toUtf8());
+        EXPECT_EQ(entry.content(), decoded.content());
+        EXPECT_EQ(entry.contentOrig(), text);
+    }
+    const QByteArray bytes = QByteArray(3000, 'x');
+    contents entry;
+    entry.setTypes({stringType, plainType});
+    entry.setContentUtf8(QByteArray(bytes.constData(), bytes.size())); // a copy of its own
+    entry.setDatas({{stringType, bytes}, {plainType, bytes}});
+    EXPECT_EQ(entry.contentOrigUtf8().constData(), entry.datas().value(stringType).constData());
+    EXPECT_EQ(entry.content(), QString(140, u'x') + QStringLiteral(" ..."));
+}
+
 // The table shows these pictures, compiled into the program, for each kind.
 TEST(Contents, TypeIconFollowsPrecedence)
 {
-    const char *const icons[] = {":/icontypes_image", ":/icontypes_url", ":/icontypes_text", ":/icontypes_unknown"};
+    const char *const icons[] = {"icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown"};
     const struct { QStringList types; QString text; int icon; } cases[] = {
         {{stringType}, QStringLiteral("http://example.org"), 1},  {{stringType}, QStringLiteral("HTTP://EXAMPLE.ORG"), 2},
         {{stringType}, QStringLiteral("http:/"), 2},              {{plainType}, QStringLiteral("http://example.org"), 3},
@@ -56,9 +79,9 @@ TEST(Contents, TypeIconFollowsPrecedence)
     };
     for (const auto &c : cases) {
         const Entry entry = makeEntry(c.types, c.text);
-        const QImage icon(QString::fromLatin1(icons[c.icon]));
+        const QImage icon = ImageNamed::imageNamed(QString::fromLatin1(icons[c.icon]), QSize(32, 32));
         EXPECT_EQ(entry->typeImage(), icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
-        EXPECT_EQ(icon.size(), QSize(32, 32));
+        EXPECT_EQ(entry->typeImage().size(), QSize(32, 32));
     }
 }
 

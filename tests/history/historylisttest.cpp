@@ -56,4 +56,29 @@ TEST_F(HistoryListTest, RemovingManyKeepsTheRestInOrder)
     }
 }
 
+// A history of final previews costs the tick nothing; hidden entries wait for their attempts.
+TEST_F(HistoryListTest, PreviewAttemptsGoOnlyToShownEntriesWhosePreviewIsNotFinal)
+{
+    const Entry shown = addEntry(QStringLiteral("shown"));
+    const Entry hidden = addEntry(QStringLiteral("hidden"));
+    nsac.setFilterString(QStringLiteral("SHOWN"));
+    for (int i = 0; i < 6; ++i)
+        nsac.givePreviewAttempts(nullptr);
+    EXPECT_TRUE(shown->isImageSet());
+    EXPECT_EQ(shown->imageAttempts(), 4);
+    EXPECT_EQ(hidden->imageAttempts(), 0);
+
+    nsac.setFilterString(QString());
+    nsac.givePreviewAttempts(nullptr);
+    EXPECT_EQ(hidden->imageAttempts(), 1);
+    // A new drawing font makes every preview again, final ones included.
+    nsac.needUpdateImages();
+    nsac.givePreviewAttempts(nullptr);
+    EXPECT_EQ(shown->imageAttempts(), 1);
+    EXPECT_EQ(hidden->imageAttempts(), 1);
+    nsac.removeObject(hidden);
+    nsac.givePreviewAttempts(nullptr);
+    EXPECT_EQ(hidden->imageAttempts(), 1);
+}
+
 } // namespace

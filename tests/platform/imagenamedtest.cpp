@@ -1,0 +1,118 @@
+#include "platform/imagenamed.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+int opaquePixels(const QImage &image)
+{
+    int count = 0;
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y)
+        for (int x = 0; x < argb.width(); ++x)
+            count += qAlpha(argb.pixel(x, y)) == 255;
+    return count;
+}
+
+int redPixels(const QImage &image)
+{
+    int count = 0;
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y)
+        for (int x = 0; x < argb.width(); ++x) {
+            const QRgb p = argb.pixel(x, y);
+            count += qAlpha(p) == 255 && qRed(p) > 180 && qGreen(p) < 100 && qBlue(p) < 100;
+        }
+    return count;
+}
+
+// The picture as it shows on a panel of the given colour.
+QImage onPanel(const QImage &image, const QColor &panel)
+{
+    QImage shown(image.size(), QImage::Format_RGB32);
+    shown.fill(panel);
+    QPainter(&shown).drawImage(0, 0, image);
+    return shown;
+}
+
+double meanRed(const QImage &image)
+{
+    double sum = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            sum += qRed(image.pixel(x, y)) - (qGreen(image.pixel(x, y)) + qBlue(image.pixel(x, y))) / 2.0;
+    return sum / (image.width() * image.height());
+}
+
+class ImageNamedTest : public testing::TestWithParam<const char *>
+{
+};
+
+// Each picture fills a good part of its square at every size the desktop asks for,
+// and the name of the file it once was gives the same picture.
+TEST_P(ImageNamedTest, DrawsAtEverySizeAndUnderItsFileName)
+{
+    const QString name = QString::fromLatin1(GetParam());
+    for (int side : {16, 22, 64}) {
+        const QImage image = ImageNamed::imageNamed(name, QSize(side, side));
+        ASSERT_FALSE(image.isNull()) << side;
+        EXPECT_EQ(image.size(), QSize(side, side));
+        EXPECT_GT(opaquePixels(image), side * side / 5) << side;
+        EXPECT_EQ(ImageNamed::imageNamed(name + QStringLiteral(".png"), QSize(side, side)), image) << side;
+    }
+    const QImage sharp = ImageNamed::imageNamed(name, QSize(22, 22), 2.0);
+    EXPECT_EQ(sharp.size(), QSize(44, 44));
+    EXPECT_EQ(sharp.devicePixelRatio(), 2.0);
+
+    // An icon draws anew at each size instead of scaling one bitmap.
+    const QIcon icon = ImageNamed::iconNamed(name);
+    for (int side : {22, 64}) {
+        const QPixmap pixmap = icon.pixmap(QSize(side, side), 1.0);
+        EXPECT_EQ(pixmap.size(), QSize(side, side));
+        EXPECT_EQ(pixmap.toImage(), ImageNamed::imageNamed(name, QSize(side, side))) << side;
+    }
+    EXPECT_EQ(icon.pixmap(QSize(22, 22), 2.0).size(), QSize(44, 44));
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ImageNamedTest,
+                         testing::Values("icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown",
+                                         "qs_rec_on_003", "qs_rec_off_003", "qs_menu_item_rec_on",
+                                         "qs_menu_item_rec_off", "quillstash"));
+
+TEST(ImageNamed, UnknownNamesAndEmptySizesGiveNothing)
+{
+    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_sound"), QSize(22, 22)).isNull());
+    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image.jpg"), QSize(22, 22)).isNull());
+    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image"), QSize(0, 22)).isNull());
+    EXPECT_TRUE(ImageNamed::iconNamed(QStringLiteral("nothing")).isNull());
+}
+
+TEST(ImageNamed, TheFourTypeIconsDiffer)
+{
+    const char *const names[] = {"icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown"};
+    for (int i = 0; i < 4; ++i)
+        for (int j = i + 1; j < 4; ++j)
+            EXPECT_NE(ImageNamed::imageNamed(QString::fromLatin1(names[i]), QSize(32, 32)),
+                      ImageNamed::imageNamed(QString::fromLatin1(names[j]), QSize(32, 32)))
+                << names[i] << " " << names[j];
+}
+
+// Recording shows red and stopped shows none, on a light and on a dark tray.
+TEST(ImageNamed, RecordingSignsDifferAtTraySizeOnLightAndDarkPanels)
+{
+    const struct { const char *on, *off; } pairs[] = {{"qs_menu_item_rec_on", "qs_menu_item_rec_off"},
+                                                      {"qs_rec_on_003", "qs_rec_off_003"}};
+    for (const auto &pair : pairs) {
+        const QImage on = ImageNamed::imageNamed(QString::fromLatin1(pair.on), QSize(22, 22));
+        const QImage off = ImageNamed::imageNamed(QString::fromLatin1(pair.off), QSize(22, 22));
+        EXPECT_GE(redPixels(on), 20) << pair.on;
+        EXPECT_EQ(redPixels(off), 0) << pair.off;
+        for (const QColor panel : {QColor(0xee, 0xee, 0xee), QColor(0x2b, 0x2b, 0x2b)})
+            EXPECT_GT(meanRed(onPanel(on, panel)) - meanRed(onPanel(off, panel)), 5.0) << pair.on;
+    }
+}
+
+} // namespace
