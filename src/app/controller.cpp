@@ -10,6 +10,10 @@
 #include "recording/notices.h"
 #include "recording/recordingswitch.h"
 #include "settings/applicationregistries.h"
+#include "ui/windowctrl.h"
+
+#include <QAbstractButton>
+#include <QAction>
 
 
 namespace {
@@ -162,6 +166,36 @@ void Controller::doAutoRec()
 void Controller::cancelAutoRec()
 {
     m_recording->cancelAutoRec();
+}
+
+void Controller::actionDoAutoRec(QObject *)
+{
+    m_recording->doAutoRec();
+}
+
+void Controller::actionCancelAutoRec(QObject *)
+{
+    m_recording->stopAutoRec();
+}
+
+void Controller::toggleAutoRec(QObject *)
+{
+    m_recording->toggleAutoRec();
+}
+
+void Controller::compact(QObject *sender)
+{
+    if (!mWindowCtrl)
+        return;
+    bool on = false;
+    if (const auto *action = qobject_cast<const QAction *>(sender))
+        on = action->isChecked();
+    else if (const auto *button = qobject_cast<const QAbstractButton *>(sender))
+        on = button->isChecked();
+    if (on)
+        mWindowCtrl->compact();
+    else
+        mWindowCtrl->uncompact();
 }
 
 void Controller::saveAllObject(QObject *)

@@ -17,6 +17,7 @@ class HistoryList;
 class Notices;
 class RecordingSwitch;
 class TickTimer;
+class WindowCtrl;
 
 // The application's one controller. The commands of menus, hot keys and the
 // history table are its methods; each forwards to the object of the folder
@@ -57,6 +58,13 @@ public:
     bool useSound() const;
     void doAutoRec();
     void cancelAutoRec();
+    // The Recording menu's Start and Stop, and the toolbar's recording button.
+    void actionDoAutoRec(QObject *sender = nullptr);
+    void actionCancelAutoRec(QObject *sender = nullptr);
+    void toggleAutoRec(QObject *sender = nullptr);
+    // Compacts the window when the sender (a checkable action or button) is
+    // checked, restores it otherwise.
+    void compact(QObject *sender);
 
     void saveAllObject(QObject *sender = nullptr);
     void saveas(QObject *sender = nullptr);
@@ -75,6 +83,11 @@ public:
     EventTimer &eventTimer() const { return *m_eventTimer; }
     Notices &notices() const { return *m_notices; }
     ApplicationRegistries &registries() const { return m_registries; }
+    HistoryActions &actions() const { return *m_actions; }
+
+    // The main window's controller, or null while there is no window.
+    WindowCtrl *windowCtrl() const { return mWindowCtrl; }
+    void setWindowCtrl(WindowCtrl *windowCtrl) { mWindowCtrl = windowCtrl; }
 
 private:
     PlatformServices m_services;
@@ -88,4 +101,5 @@ private:
     HistoryActions *m_actions;
     DocumentCommands *m_documents;
     TickTimer *mTimer = nullptr;
+    WindowCtrl *mWindowCtrl = nullptr;
 };

@@ -2,6 +2,7 @@
 #include "app/desktopplatform.h"
 #include "app/hotkeyapplication.h"
 #include "app/singleinstance.h"
+#include "app/windowwiring.h"
 
 #include <QTimer>
 
@@ -23,7 +24,10 @@ int main(int argc, char **argv)
     }
 
     app.startServices();
+    // Closing the window only hides it; the program lives on in the tray.
+    app.setQuitOnLastWindowClosed(false);
     Controller controller(app.platform().services(), app.registries());
+    WindowWiring window(controller, [&app] { app.terminate(); });
     app.setWillTerminate([&controller] { controller.applicationWillTerminate(); });
     controller.applicationDidFinishLaunching();
     QObject::connect(&instance, &SingleInstance::fileHandedOver, &controller,

@@ -1,10 +1,10 @@
 #include "ui/mainwindow.h"
 
 #include "ui/menuitems.h"
+#include "ui/searchfield.h"
 #include "ui_mainwindow.h"
 
 #include <QAction>
-#include <QLineEdit>
 #include <QToolButton>
 
 namespace {
@@ -14,15 +14,13 @@ constexpr int searchFieldWidth = 220;
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_ui(std::make_unique<Ui::MainWindow>())
-    , m_searchField(new QLineEdit(this))
+    , m_searchField(new SearchField(this))
 {
     m_ui->setupUi(this);
     m_searchField->setObjectName(QStringLiteral("searchField"));
     m_searchField->setPlaceholderText(tr("Search"));
     m_searchField->setClearButtonEnabled(true);
     m_searchField->setMaximumWidth(searchFieldWidth);
-    connect(m_searchField, &QLineEdit::returnPressed, this,
-            [this] { Q_EMIT searchRequested(m_searchField->text()); });
 }
 
 MainWindow::~MainWindow() = default;
@@ -45,4 +43,29 @@ void MainWindow::installActions(const MenuItems &items)
     spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     toolbar->addWidget(spacer);
     toolbar->addWidget(m_searchField);
+}
+
+CustomTableView *MainWindow::mpScrollView() const
+{
+    return m_ui->mpScrollView;
+}
+
+QListWidget *MainWindow::mpTableViewTypes() const
+{
+    return m_ui->mpTableViewTypes;
+}
+
+QLineEdit *MainWindow::mpTableViewTypeValue() const
+{
+    return m_ui->mpTableViewTypeValue;
+}
+
+QLabel *MainWindow::numFieldOfContents() const
+{
+    return m_ui->numFieldOfContents;
+}
+
+QLabel *MainWindow::statusString() const
+{
+    return m_ui->statusString;
 }

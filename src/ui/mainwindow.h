@@ -4,8 +4,12 @@
 
 #include <memory>
 
+class CustomTableView;
 class MenuItems;
+class QLabel;
 class QLineEdit;
+class QListWidget;
+class SearchField;
 class QToolButton;
 
 namespace Ui {
@@ -26,21 +30,23 @@ public:
 
     Ui::MainWindow &ui() const { return *m_ui; }
 
+    CustomTableView *mpScrollView() const;
+    QListWidget *mpTableViewTypes() const;
+    QLineEdit *mpTableViewTypeValue() const;
+    QLabel *numFieldOfContents() const;
+    QLabel *statusString() const;
+
     // Fills the menu bar and the toolbar with the shared actions.
     void installActions(const MenuItems &items);
 
     // Null until installActions() has run.
     QToolButton *b_on() const { return m_bOn; }
     QToolButton *compactButton() const { return m_compactButton; }
-    QLineEdit *searchField() const { return m_searchField; }
-
-Q_SIGNALS:
-    // Return in the search field, with the field's text.
-    void searchRequested(const QString &text);
+    SearchField *searchField() const { return m_searchField; }
 
 private:
     std::unique_ptr<Ui::MainWindow> m_ui;
-    QLineEdit *m_searchField;
+    SearchField *m_searchField;
     QToolButton *m_bOn = nullptr;
     QToolButton *m_compactButton = nullptr;
 };

@@ -25,6 +25,7 @@ WindowCtrl::WindowCtrl(MainWindow *window, QObject *parent)
     , m_contentView(window->ui().contentView)
     , m_statusBand(window->ui().statusBand)
     , m_toolbar(window->ui().toolbar)
+    , m_typesColumn(window->ui().typesColumn)
     , m_imageFade(fadeFor(mpCurrentImageView))
     , m_typeFade(fadeFor(mpCurrentTypeView))
 {
@@ -133,6 +134,9 @@ void WindowCtrl::windowDidResize()
     mpScrollView->setVisible(tableHeight > 0);
     m_statusBand->setGeometry(x, h - bottomBandHeight, w, bottomBandHeight);
     mpBox->raise();
+    // A narrow box (the compact window) keeps the preview and drops the
+    // types column, which would only show clipped names there.
+    m_typesColumn->setVisible(w >= typesColumnMinWindowWidth);
 }
 
 void WindowCtrl::setContents(const Entry &entry)
@@ -170,10 +174,10 @@ void WindowCtrl::setTitlebar(const QString &title)
 
 void WindowCtrl::setDocumentDirty(bool dirty)
 {
-    // The title carries its own "*". QWidget::setWindowModified() wants a
-    // "[*]" placeholder in the title (and warns without one), so only the
-    // attribute is set: isWindowModified() reports it, the title stays as given.
-    myWindow->setAttribute(Qt::WA_WindowModified, dirty);
+    // The title carries its own "*". Qt's modified mark needs a "[*]"
+    // placeholder in the title and warns on X11 without one, so the mark is
+    // kept here rather than on the window.
+    m_documentDirty = dirty;
 }
 
 bool WindowCtrl::setOn()

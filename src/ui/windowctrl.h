@@ -38,6 +38,7 @@ public:
     static constexpr qreal inactiveOpacity = 0.8;
     static constexpr qreal settledPreviewOpacity = 0.7;
     static constexpr int previewFadeMs = 250;
+    static constexpr int typesColumnMinWindowWidth = 480;
 
     // Remembers the window's frame as laid out so far as the full-size frame.
     explicit WindowCtrl(MainWindow *window, QObject *parent = nullptr);
@@ -61,6 +62,7 @@ public:
     void setContents(const Entry &entry);
     void setTitlebar(const QString &title);
     void setDocumentDirty(bool dirty);
+    bool isDocumentDirty() const { return m_documentDirty; }
 
     bool setOn();
     bool setOff();
@@ -94,9 +96,11 @@ private:
     QWidget *m_contentView;
     QWidget *m_statusBand;
     QToolBar *m_toolbar;
+    QWidget *m_typesColumn;
     QPropertyAnimation *m_imageFade;
     QPropertyAnimation *m_typeFade;
     bool m_active = true;
+    bool m_documentDirty = false;
 
     // The display text last put into the preview, shared by every window.
     static QString oldContent;

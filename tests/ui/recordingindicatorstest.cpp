@@ -1,0 +1,66 @@
+#include "windowfixture.h"
+
+#include "platform/imagenamed.h"
+#include "ui/recordingindicators.h"
+#include "ui/statusitem.h"
+
+#include <QAction>
+
+namespace {
+
+QImage drawn(const QIcon &icon)
+{
+    return icon.pixmap(QSize(32, 32)).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+QImage picture(const char *name)
+{
+    return ImageNamed::imageNamed(QString::fromLatin1(name), QSize(32, 32))
+        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+class RecordingIndicatorsTest : public WindowFixture
+{
+protected:
+    StatusItem statusItem{items.trayMenu()};
+    QAction *b_on = items.action(MenuItems::ToggleRecording);
+    RecordingIndicators indicators{ctrl, b_on, statusItem};
+};
+
+TEST_F(RecordingIndicatorsTest, ButtonShowsTheOppositePictureAndTheTickBlinksOnlyWhileRecording)
+{
+    ASSERT_NE(picture("qs_rec_off_003.png"), picture("qs_rec_on_003.png"));
+
+    indicators.recordingAnnounced(true);
+    EXPECT_TRUE(ctrl.recIconStatus());
+    EXPECT_EQ(drawn(b_on->icon()), picture("qs_rec_off_003.png"));
+    indicators.updateOnOffSign();
+    EXPECT_FALSE(ctrl.viewOnOff());
+    EXPECT_EQ(statusItem.imageName(), QStringLiteral("qs_menu_item_rec_on"));
+    indicators.updateOnOffSign();
+    EXPECT_TRUE(ctrl.viewOnOff());
+    indicators.updateOnOffSign();
+
+    indicators.recordingAnnounced(false);
+    EXPECT_FALSE(ctrl.recIconStatus());
+    EXPECT_EQ(drawn(b_on->icon()), picture("qs_rec_on_003.png"));
+    for (int tick = 0; tick < 2; ++tick) {
+        indicators.updateOnOffSign();
+        EXPECT_FALSE(ctrl.viewOnOff());
+        EXPECT_EQ(statusItem.imageName(), QStringLiteral("qs_menu_item_rec_off"));
+        EXPECT_EQ(drawn(statusItem.icon()), picture("qs_menu_item_rec_off"));
+    }
+}
+
+TEST_F(RecordingIndicatorsTest, TrayKeepsItsIconForAnUnchangedName)
+{
+    statusItem.setImageNamed(QStringLiteral("qs_menu_item_rec_off"));
+    const qint64 icon = statusItem.icon().cacheKey();
+    statusItem.setImageNamed(QStringLiteral("qs_menu_item_rec_off"));
+    EXPECT_EQ(statusItem.icon().cacheKey(), icon);
+    statusItem.setImageNamed(QStringLiteral("qs_menu_item_rec_on"));
+    EXPECT_NE(statusItem.icon().cacheKey(), icon);
+    EXPECT_EQ(statusItem.toolTip(), QStringLiteral("Pasteboard stock"));
+}
+
+} // namespace

@@ -1,0 +1,172 @@
+#include "windowfixture.h"
+
+#include "ui/customtableview.h"
+
+#include <QCloseEvent>
+#include <QFrame>
+#include <QGraphicsOpacityEffect>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPropertyAnimation>
+#include <QToolBar>
+#include <QWindow>
+#include <QtTest/qtestspontaneevent.h>
+
+namespace {
+
+using WindowCtrlTest = WindowFixture;
+
+TEST_F(WindowCtrlTest, CompactTwiceKeepsTheTopLeftAndUncompactRestoresTheFullFrameEvenAfterAMove)
+{
+    ctrl.compact();
+    ctrl.compact();
+    EXPECT_EQ(window.geometry(), QRect(100, 50, 250, 160));
+    EXPECT_TRUE(child<QToolBar>("toolbar")->isHidden());
+
+    window.move(400, 300);
+    ctrl.uncompact();
+    EXPECT_EQ(window.geometry(), QRect(100, 50, 800, 600));
+    EXPECT_FALSE(child<QToolBar>("toolbar")->isHidden());
+}
+
+struct SmallFrame
+{
+    QRect frame;
+    bool remembered;
+};
+
+class CompactFromFrameTest : public WindowFixture, public ::testing::WithParamInterface<SmallFrame>
+{
+};
+
+// Only a frame wider than 250 and higher than 160 becomes the one uncompact returns to.
+TEST_P(CompactFromFrameTest, RemembersOnlyAFrameLargerThanTheCompactOne)
+{
+    window.setGeometry(GetParam().frame);
+    ctrl.compact();
+    const QRect full = GetParam().remembered ? GetParam().frame : QRect(100, 50, 800, 600);
+    EXPECT_EQ(window.geometry(), QRect(full.topLeft(), QSize(250, 160)));
+    ctrl.uncompact();
+    EXPECT_EQ(window.geometry(), full);
+}
+
+INSTANTIATE_TEST_SUITE_P(Frames, CompactFromFrameTest,
+                         ::testing::Values(SmallFrame{QRect(200, 80, 250, 400), false},
+                                           SmallFrame{QRect(200, 80, 600, 160), false},
+                                           SmallFrame{QRect(200, 80, 251, 161), true}));
+
+struct Placement
+{
+    QSize content;
+    QRect box, table, band;
+    bool typesShown;
+};
+
+class PlacementTest : public WindowFixture, public ::testing::WithParamInterface<Placement>
+{
+};
+
+TEST_P(PlacementTest, ResizingTheContentViewPlacesBoxTableAndBand)
+{
+    window.show();
+    window.centralWidget()->resize(GetParam().content);
+    EXPECT_EQ(child<QFrame>("mpBox")->geometry(), GetParam().box);
+    EXPECT_EQ(child<QWidget>("statusBand")->geometry(), GetParam().band);
+    CustomTableView *table = window.mpScrollView();
+    EXPECT_EQ(table->isVisible(), !GetParam().table.isEmpty());
+    if (!GetParam().table.isEmpty()) {
+        EXPECT_EQ(table->geometry(), GetParam().table);
+    }
+    EXPECT_EQ(child<QWidget>("typesColumn")->isVisible(), GetParam().typesShown);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, PlacementTest,
+                         ::testing::Values(Placement{QSize(800, 500), QRect(4, 0, 792, 112), QRect(0, 112, 800, 358),
+                                                     QRect(0, 470, 800, 30), true},
+                                           // The compact window: the box over the band, no table.
+                                           Placement{QSize(250, 136), QRect(4, 0, 242, 112), QRect(),
+                                                     QRect(0, 106, 250, 30), false}));
+
+QGraphicsOpacityEffect *opacity(QWidget *view)
+{
+    return qobject_cast<QGraphicsOpacityEffect *>(view->graphicsEffect());
+}
+
+// oldContent is shared by every window, so each text here is used by this test only.
+TEST_F(WindowCtrlTest, PreviewChangesOnlyWithTheTextAndANewTextRestartsTheFade)
+{
+    QLabel *image = child<QLabel>("mpCurrentImageView");
+    QLabel *type = child<QLabel>("mpCurrentTypeView");
+    const auto fades = ctrl.findChildren<QPropertyAnimation *>();
+    ASSERT_EQ(fades.size(), 2);
+
+    const Entry red = pictureEntry(QStringLiteral("preview test: red"), Qt::red);
+    const Entry green = pictureEntry(QStringLiteral("preview test: green"), Qt::green);
+    const auto shows = [image](const Entry &entry) { return image->pixmap().toImage() == entry->image(); };
+    ctrl.setContents(red);
+    EXPECT_TRUE(shows(red));
+    for (QPropertyAnimation *fade : fades) {
+        EXPECT_EQ(fade->state(), QAbstractAnimation::Running);
+        EXPECT_DOUBLE_EQ(fade->endValue().toDouble(), 0.7);
+        fade->setCurrentTime(fade->duration());
+    }
+    EXPECT_DOUBLE_EQ(opacity(image)->opacity(), 0.7);
+
+    ctrl.setContents(pictureEntry(QStringLiteral("preview test: red"), Qt::blue));
+    EXPECT_TRUE(shows(red));
+    EXPECT_DOUBLE_EQ(opacity(image)->opacity(), 0.7);
+
+    ctrl.setContents(green);
+    EXPECT_TRUE(shows(green));
+    EXPECT_DOUBLE_EQ(opacity(image)->opacity(), 1.0);
+    EXPECT_DOUBLE_EQ(opacity(type)->opacity(), 1.0);
+    EXPECT_EQ(fades.first()->state(), QAbstractAnimation::Running);
+}
+
+TEST_F(WindowCtrlTest, IndicatorFlagReportsOnlyChanges)
+{
+    EXPECT_FALSE(ctrl.setOff());
+    EXPECT_TRUE(ctrl.setOn());
+    EXPECT_FALSE(ctrl.setOn());
+    EXPECT_TRUE(ctrl.recIconStatus());
+    EXPECT_TRUE(ctrl.setOff());
+    EXPECT_FALSE(ctrl.setOff());
+    EXPECT_FALSE(ctrl.recIconStatus());
+}
+
+TEST_F(WindowCtrlTest, BackgroundApplicationDimsTheWindowUntilActivated)
+{
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    EXPECT_DOUBLE_EQ(window.windowOpacity(), 0.8);
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationHidden);
+    EXPECT_DOUBLE_EQ(window.windowOpacity(), 0.8);
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_DOUBLE_EQ(window.windowOpacity(), 1.0);
+}
+
+// Qt 6 quits by closing every window: only the window manager's close may be refused.
+TEST_F(WindowCtrlTest, WindowManagersCloseHidesButTheProgramsOwnCloseCloses)
+{
+    ctrl.open();
+    QCloseEvent byWindowManager;
+    QSpontaneKeyEvent::setSpontaneous(&byWindowManager);
+    // As the window system delivers it (sendEvent() would clear the spontaneous mark).
+    QObject *filter = &ctrl;
+    EXPECT_TRUE(filter->eventFilter(&window, &byWindowManager));
+    EXPECT_FALSE(byWindowManager.isAccepted());
+    EXPECT_FALSE(window.isVisible());
+
+    ctrl.open();
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.close());
+}
+
+TEST_F(WindowCtrlTest, TitleIsExactlyTheGivenString)
+{
+    ctrl.setTitlebar(QStringLiteral("notes.qs_backup*"));
+    ctrl.setDocumentDirty(true);
+    window.show();
+    EXPECT_EQ(window.windowHandle()->title(), QStringLiteral("notes.qs_backup*"));
+}
+
+} // namespace

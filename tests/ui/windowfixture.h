@@ -1,0 +1,49 @@
+#pragma once
+
+#include "support/entries.h"
+#include "ui/mainwindow.h"
+#include "ui/menuitems.h"
+#include "ui/windowctrl.h"
+
+#include <QBuffer>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+// The main window with its actions and controller, as the application builds them,
+// at a full-size frame of 800 x 600 whose top-left is (100, 50).
+class WindowFixture : public ::testing::Test
+{
+protected:
+    // A widget of mainwindow.ui by its object name.
+    template<typename T>
+    T *child(const char *name) const
+    {
+        T *widget = window.findChild<T *>(QString::fromLatin1(name));
+        EXPECT_TRUE(widget) << name;
+        return widget;
+    }
+
+    static MainWindow *framed(MainWindow *window)
+    {
+        window->setGeometry(100, 50, 800, 600);
+        return window;
+    }
+
+    // An entry whose preview is a picture of one colour, with the given display text.
+    static Entry pictureEntry(const QString &text, const QColor &colour)
+    {
+        QImage picture(120, 60, QImage::Format_RGB32);
+        picture.fill(colour);
+        QByteArray tiff;
+        QBuffer buffer(&tiff);
+        picture.save(&buffer, "TIFF");
+        const QString type = QStringLiteral("public.tiff");
+        return makeEntry({type}, text, {{type, tiff}});
+    }
+
+    MenuItems items;
+    MainWindow window;
+    bool installed = (window.installActions(items), true);
+    WindowCtrl ctrl{framed(&window)};
+};
