@@ -1,0 +1,92 @@
+#include "app/controller.h"
+#include "app/windowwiring.h"
+#include "history/historylist.h"
+#include "platform/fake/fakeimagefetcher.h"
+#include "platform/fake/fakepanels.h"
+#include "platform/fake/fakepasteboard.h"
+#include "platform/fake/fakeworkspace.h"
+#include "support/recordingrig.h"
+#include "ui/customtableview.h"
+#include "ui/mainwindow.h"
+#include "ui/menuitems.h"
+#include "ui/searchfield.h"
+#include "ui/statusitem.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QListWidget>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class WindowWiringTest : public ::testing::Test
+{
+protected:
+    QAction *action(MenuItems::Id id) const { return wiring.menuItems().action(id); }
+
+    RecordingRig rig;
+    FakePasteboard pasteboard;
+    FakeWorkspace workspace;
+    FakePanels panels;
+    FakeImageFetcher fetcher;
+    Controller controller{PlatformServices{pasteboard, rig.defaults, rig.loginItems, rig.noticeService,
+                                           rig.soundPlayer, rig.dock, rig.clock, workspace, panels, &fetcher,
+                                           QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))},
+                          rig.registries};
+    int quits = 0;
+    WindowWiring wiring{controller, [this] { ++quits; }};
+    MainWindow &window = wiring.mainWindow();
+};
+
+TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTray)
+{
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_off"));
+    EXPECT_FALSE(action(MenuItems::SaveAs)->isEnabled());
+    rig.registries.setRecAtStartup(true);
+    controller.applicationDidFinishLaunching();
+    EXPECT_EQ(window.statusString()->text(), QStringLiteral("Idle"));
+
+    pasteboard.setText(QStringLiteral("first"));
+    for (int tick = 0; tick < 3; ++tick) // captured, marked modified, titled
+        controller.MainTimer();
+    EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_on"));
+    EXPECT_EQ(window.numFieldOfContents()->text(), QStringLiteral("1"));
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Untitled.qs_backup*"));
+    EXPECT_EQ(window.mpTableViewTypes()->count(), 2);
+
+    action(MenuItems::StopRecording)->trigger();
+    EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_on")); // until the next tick
+    controller.MainTimer();
+    EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_off"));
+}
+
+TEST_F(WindowWiringTest, TableNotificationsMenusAndSearchReachTheCommands)
+{
+    for (const char *text : {"alpha", "beta"}) {
+        pasteboard.setText(QString::fromLatin1(text));
+        controller.paste();
+    }
+    HistoryList &nsac = controller.nsac();
+    nsac.setSelectionIndexes({0});
+    wiring.notificationCenter().postNotificationName(NotificationCenter::retKeyPressedOnTable, &controller);
+    EXPECT_EQ(pasteboard.stringForType(QStringLiteral("NSStringPboardType")), QStringLiteral("alpha"));
+
+    action(MenuItems::Delete)->trigger();
+    EXPECT_EQ(nsac.arrangedCount(), 1);
+
+    Q_EMIT window.searchField()->searchRequested(QStringLiteral("zzz"));
+    EXPECT_EQ(nsac.arrangedCount(), 0);
+
+    const QRect full = window.geometry();
+    action(MenuItems::Compact)->trigger();
+    EXPECT_EQ(window.geometry().size(), QSize(250, 160));
+    action(MenuItems::Compact)->trigger();
+    EXPECT_EQ(window.geometry(), full);
+
+    action(MenuItems::Quit)->trigger();
+    EXPECT_EQ(quits, 1);
+}
+
+} // namespace
