@@ -46,6 +46,11 @@ WindowWiring::WindowWiring(Controller &controller, std::function<void()> quit, Q
 WindowWiring::~WindowWiring()
 {
     m_controller.setWindowCtrl(nullptr);
+    // These refer to the window and the menus, which go with this object's
+    // members and children: take them down first.
+    delete m_indicators;
+    delete m_statusItem;
+    delete m_windowCtrl;
 }
 
 void WindowWiring::connectTable()
@@ -135,5 +140,4 @@ void WindowWiring::showTypes(const QStringList &types)
     QListWidget *list = m_window->mpTableViewTypes();
     list->clear();
     list->addItems(types);
-    m_window->mpTableViewTypeValue()->clear();
 }

@@ -168,8 +168,12 @@ void WindowCtrl::showPreview(const Entry &entry)
 
 void WindowCtrl::setTitlebar(const QString &title)
 {
-    if (myWindow->windowTitle() != title)
-        myWindow->setWindowTitle(title);
+    if (title == m_title)
+        return;
+    m_title = title;
+    // Qt takes "[*]" in a title for its modified mark and "[*][*]" for the
+    // text itself; a file may well be named so.
+    myWindow->setWindowTitle(QString(title).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
 }
 
 void WindowCtrl::setDocumentDirty(bool dirty)

@@ -101,6 +101,7 @@ private:
     QPropertyAnimation *m_typeFade;
     bool m_active = true;
     bool m_documentDirty = false;
+    QString m_title;
 
     // The display text last put into the preview, shared by every window.
     static QString oldContent;

@@ -163,10 +163,12 @@ TEST_F(WindowCtrlTest, WindowManagersCloseHidesButTheProgramsOwnCloseCloses)
 
 TEST_F(WindowCtrlTest, TitleIsExactlyTheGivenString)
 {
+    window.show();
     ctrl.setTitlebar(QStringLiteral("notes.qs_backup*"));
     ctrl.setDocumentDirty(true);
-    window.show();
     EXPECT_EQ(window.windowHandle()->title(), QStringLiteral("notes.qs_backup*"));
+    ctrl.setTitlebar(QStringLiteral("a[*]b.qs_backup"));
+    EXPECT_EQ(window.windowHandle()->title(), QStringLiteral("a[*]b.qs_backup"));
 }
 
 } // namespace
