@@ -1,0 +1,136 @@
+#include "tablefixture.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+using CustomTableViewTest = TableFixture;
+
+struct KeyCase
+{
+    const char *name;
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers;
+    const char *posted; // nullptr: nothing is posted
+};
+
+class TableKeyTest : public TableFixture, public ::testing::WithParamInterface<KeyCase>
+{
+};
+
+TEST_P(TableKeyTest, PostsTheKeysNotification)
+{
+    addTexts(3);
+    nsac.setSelectionIndexes({1});
+    QSignalSpy posted(&center, &NotificationCenter::notificationPosted);
+    QTest::keyClick(&view, GetParam().key, GetParam().modifiers);
+    if (!GetParam().posted) {
+        EXPECT_EQ(posted.count(), 0);
+        return;
+    }
+    ASSERT_EQ(posted.count(), 1);
+    EXPECT_EQ(posted.at(0).at(0).toString(), QString::fromLatin1(GetParam().posted));
+    EXPECT_EQ(posted.at(0).at(1).value<QObject *>(), &controller);
+    EXPECT_EQ(nsac.selectionIndexes(), QList<int>{1}); // the controller acts; the table does not
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, TableKeyTest,
+                         ::testing::Values(KeyCase{"Backspace", Qt::Key_Backspace, Qt::NoModifier, "DelKeyPressedOnTable"},
+                                           KeyCase{"Delete", Qt::Key_Delete, Qt::NoModifier, "DelKeyPressedOnTable"},
+                                           KeyCase{"Return", Qt::Key_Return, Qt::NoModifier, "RetKeyPressedOnTable"},
+                                           KeyCase{"KeypadEnter", Qt::Key_Enter, Qt::KeypadModifier, nullptr},
+                                           KeyCase{"Letter", Qt::Key_A, Qt::NoModifier, nullptr},
+                                           KeyCase{"Down", Qt::Key_Down, Qt::NoModifier, nullptr}),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST_F(CustomTableViewTest, DoubleClickOnARowPosts)
+{
+    addTexts(3);
+    view.resize(600, 400);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    QSignalSpy posted(&center, &NotificationCenter::notificationPosted);
+    // A widget's double click in QTest is the second press alone.
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, rowCenter(2));
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, rowCenter(2));
+    ASSERT_EQ(posted.count(), 1);
+    EXPECT_EQ(posted.at(0).at(0).toString(), QStringLiteral("OnDoubleClickOnTable"));
+}
+
+class MenuSpy : public QMenu
+{
+public:
+    int shown = 0;
+
+protected:
+    void showEvent(QShowEvent *event) override
+    {
+        ++shown;
+        QMenu::showEvent(event);
+    }
+};
+
+TEST_F(CustomTableViewTest, RightClickSelectsOnlyTheRowUnderThePointer)
+{
+    addTexts(4); // 4 x 84 px rows leave room beneath the last one
+    view.resize(600, 500);
+    view.show();
+    MenuSpy menu;
+    menu.addAction(QStringLiteral("Remove"));
+    QSignalSpy aboutToShow(&menu, &QMenu::aboutToShow);
+    view.setContextMenu(&menu);
+
+    nsac.setSelectionIndexes({0, 1});
+    const auto rightClick = [&](QPoint pos) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pos, view.viewport()->mapToGlobal(pos));
+        QCoreApplication::sendEvent(view.viewport(), &event);
+    };
+    rightClick(rowCenter(3));
+    EXPECT_EQ(nsac.selectionIndexes(), QList<int>{3});
+    EXPECT_EQ(aboutToShow.count(), 1);
+    EXPECT_EQ(QApplication::activePopupWidget(), &menu);
+    menu.close();
+
+    rightClick(QPoint(20, 4 * 84 + 40));
+    EXPECT_TRUE(nsac.selectionIndexes().isEmpty());
+    EXPECT_EQ(aboutToShow.count(), 1);
+    EXPECT_EQ(menu.shown, 1);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+TEST_F(CustomTableViewTest, AResizeBurstScalesCheaplyUntilItEnds)
+{
+    addTexts(2);
+    view.setLiveResizeQuietTime(std::chrono::milliseconds(1));
+    view.resize(600, 400);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view.interpolation(), 0u) << "showing the window is no resize by the user";
+    EXPECT_EQ(view.transformationMode(), Qt::SmoothTransformation);
+
+    view.resize(620, 400);
+    view.resize(640, 420);
+    EXPECT_EQ(view.interpolation(), 1u);
+    EXPECT_EQ(view.transformationMode(), Qt::FastTransformation);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.interpolation() == 3u; }, 2000));
+    EXPECT_EQ(view.transformationMode(), Qt::SmoothTransformation);
+}
+
+// The digit counts from the bottom row wherever the table is scrolled; a
+// rectangle below every row counts as row -1, as a click beneath the table does.
+TEST_F(CustomTableViewTest, KeyNumberCountsFromTheLastRowWhenScrolled)
+{
+    addTexts(12);
+    view.resize(600, 300);
+    view.show();
+    view.scrollToBottom();
+    for (const auto &[row, digit] : {std::pair{11, 0}, {9, 2}, {1, 10}})
+        EXPECT_EQ(view.GetKeyNumberFromRect(view.visualRect(nsac.index(row))), digit) << row;
+    EXPECT_EQ(view.GetKeyNumberFromRect(QRect(0, 300, 10, 10)), 12);
+}
+
+} // namespace

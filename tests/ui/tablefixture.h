@@ -1,0 +1,45 @@
+#pragma once
+
+#include "history/historylist.h"
+#include "history/previewcache.h"
+#include "support/entries.h"
+#include "ui/customtableview.h"
+#include "ui/notificationcenter.h"
+#include "ui/qsimagecell.h"
+
+#include <QAbstractItemModelTester>
+
+#include <gtest/gtest.h>
+
+// A history table over a history list, wired as the main window wires it.
+class TableFixture : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        view.setModel(&nsac);
+        view.setSelectionModel(nsac.selectionModel());
+        view.setItemDelegate(&cell);
+        view.setNotificationCenter(&center);
+        view.setNotificationObject(&controller);
+    }
+
+    void addTexts(int count)
+    {
+        for (int i = 0; i < count; ++i) {
+            const Entry entry = textEntry(QStringLiteral("entry %1").arg(i));
+            entry->setIndexCount(QString::number(i));
+            nsac.addObject(entry);
+        }
+    }
+
+    QPoint rowCenter(int row) const { return view.visualRect(nsac.index(row)).center(); }
+
+    HistoryList nsac;
+    QAbstractItemModelTester tester{&nsac, QAbstractItemModelTester::FailureReportingMode::Fatal};
+    PreviewCache previews;
+    QSImageCell cell{previews};
+    NotificationCenter center;
+    QObject controller;
+    CustomTableView view;
+};
