@@ -7,6 +7,10 @@
 #include <QLoggingCategory>
 #include <QSaveFile>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -145,6 +149,7 @@ QList<Entry> BackupFile::decode(QByteArrayView bytes, qint32 &counter, const Siz
         entry->setMainType(types && !types->isEmpty() ? types->first() : absentMainType);
         entry->setTypes(types.value_or(QStringList()));
         entry->setDatas(datas.value_or(contents::Datas()));
+        entry->restoreFullText();
         entries.append(std::move(entry));
         ++counter;
     }
@@ -189,14 +194,22 @@ std::optional<QList<Entry>> BackupFile::openFile(const QString &path, qint32 &co
         qCWarning(lcBackupFile) << "too large to be a backup file:" << path;
         return std::nullopt;
     }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        qCWarning(lcBackupFile) << "cannot read" << path << file.errorString();
-        return std::nullopt;
+    std::optional<QList<Entry>> entries;
+    {
+        const QByteArray bytes = file.readAll();
+        if (file.error() != QFileDevice::NoError) {
+            qCWarning(lcBackupFile) << "cannot read" << path << file.errorString();
+            return std::nullopt;
+        }
+        entries = decode(bytes, counter, [](qint32 contentLength) {
+            std::printf("cont_Data_size:%d\n", int(contentLength));
+        });
     }
-    QList<Entry> entries = decode(bytes, counter, [](qint32 contentLength) {
-        std::printf("cont_Data_size:%d\n", int(contentLength));
-    });
     std::fflush(stdout);
+#ifdef __GLIBC__
+    // The file and its parse leave free pages among the entries' small
+    // blocks; give them back rather than keep the file's size for good.
+    malloc_trim(0);
+#endif
     return entries;
 }

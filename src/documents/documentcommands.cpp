@@ -193,10 +193,8 @@ bool DocumentCommands::openFile(const QString &path)
     qint32 counter = m_document.getCounter();
     const std::optional<QList<Entry>> entries = BackupFile::openFile(path, counter);
     m_document.setCounter(counter);
-    if (entries) {
-        for (const Entry &entry : *entries)
-            m_nsac.addObject(entry);
-    }
+    if (entries)
+        m_nsac.addObjects(*entries);
     // The path becomes the document's even when it could not be read, so
     // that the next Save writes the history there.
     m_document.setMyPath(path);

@@ -16,7 +16,7 @@
 
 namespace {
 
-const QString linkPrefix = QStringLiteral("http://");
+constexpr QByteArrayView linkPrefix = "http://";
 
 constexpr qreal entryFontPointSize = 9.0;
 constexpr qreal contentsFontPointSize = 14.0;
@@ -67,46 +67,67 @@ contents::contents()
 {
 }
 
+QString contents::indexCount() const
+{
+    return _indexIsNumber ? QString::number(_indexNumber) : _pstrIndexCount;
+}
+
+void contents::setIndexCount(const QString &indexCount)
+{
+    bool ok = false;
+    const int number = indexCount.toInt(&ok);
+    _indexIsNumber = ok && QString::number(number) == indexCount;
+    _indexNumber = _indexIsNumber ? number : 0;
+    _pstrIndexCount = _indexIsNumber ? QString() : indexCount;
+}
+
 void contents::setContent(const QString &text)
 {
-    if (text.size() <= contentLimit)
-        _pstrContent = text;
-    else
-        _pstrContent = text.left(contentLimit) + QStringLiteral(" ...");
-    _contentOrigUtf8 = text.toUtf8();
-    changed();
+    QByteArray utf8 = text.toUtf8();
+    // The encoder reserves room for the worst case.
+    utf8.squeeze();
+    setContentUtf8(utf8);
 }
 
 void contents::setContentUtf8(const QByteArray &utf8)
+{
+    _contentOrigUtf8 = utf8;
+    changed();
+}
+
+QString contents::content() const
+{
+    return displayString(_contentOrigUtf8);
+}
+
+QString contents::displayString(QByteArrayView utf8)
 {
     // Every code point takes at most four bytes and at least one UTF-16
     // unit, so this prefix decodes to more than contentLimit units whenever
     // the text is longer than that: a 50 MB text is not decoded whole.
     constexpr qsizetype prefixBytes = (contentLimit + 2) * 4;
-    const QString prefix = QString::fromUtf8(QByteArrayView(utf8).first(std::min(utf8.size(), prefixBytes)));
+    const QString prefix = QString::fromUtf8(utf8.first(std::min(utf8.size(), prefixBytes)));
     if (prefix.size() <= contentLimit)
-        _pstrContent = prefix;
-    else
-        _pstrContent = prefix.left(contentLimit) + QStringLiteral(" ...");
-    _contentOrigUtf8 = utf8;
-    changed();
+        return prefix;
+    return prefix.left(contentLimit) + QStringLiteral(" ...");
 }
 
 void contents::setDatas(const Datas &datas)
 {
     _pdicDatas = datas;
+    _pdicDatas.squeeze();
     // A backup file holds the text once per text type, and files written
     // before pictures were read once hold their BMP under three names.
     QList<QByteArray *> values;
-    for (QByteArray &value : _pdicDatas)
-        values.append(&value);
+    for (auto &pair : _pdicDatas)
+        values.append(&pair.second);
     values.append(&_contentOrigUtf8);
     shareEqualBuffers(values);
 
     int icon = -1;
     if (_parraytypes.contains(PasteboardType::String)) {
         icon = IconText;
-        if (_pstrContent.startsWith(linkPrefix, Qt::CaseSensitive))
+        if (_contentOrigUtf8.startsWith(linkPrefix))
             icon = IconUrl;
     }
     if (_parraytypes.contains(PasteboardType::Url))
@@ -155,8 +176,8 @@ QImage contents::renderCanvasPreview() const
 {
     QImage canvas = blankCanvas();
     QPainter painter(&canvas);
-    if (!_addressPicture.isEmpty()) {
-        const QImage picture = QImage::fromData(_addressPicture);
+    if (_addressPicture) {
+        const QImage picture = QImage::fromData(*_addressPicture);
         if (!picture.isNull() && picture.height() > 0) {
             const qreal w = picture.width();
             const qreal h = picture.height();
@@ -172,7 +193,7 @@ QImage contents::renderCanvasPreview() const
         painter.setFont(contentsFont());
         painter.setPen(Qt::black);
         painter.drawText(QRectF(0, 0, previewWidth, previewHeight),
-                         Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, _pstrContent);
+                         Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, content());
     }
     painter.end();
     return canvas;
@@ -215,7 +236,7 @@ void contents::setImageLater(ImageFetcher *fetcher)
 
 void contents::requestAddressPicture(ImageFetcher *fetcher)
 {
-    const std::optional<QUrl> url = addressOf(_pstrContent);
+    const std::optional<QUrl> url = addressOf(content());
     if (!url || !fetcher || _fetchPending)
         return;
     const std::weak_ptr<contents> self = weak_from_this();
@@ -237,7 +258,7 @@ void contents::pictureArrived(const QByteArray &encodedPicture)
     QImageReader reader(&buffer);
     if (!reader.canRead() || !reader.size().isValid() || reader.size().height() <= 0)
         return;
-    _addressPicture = encodedPicture;
+    _addressPicture = std::make_unique<QByteArray>(encodedPicture);
     bSetImage = true;
     changed();
 }
@@ -253,6 +274,13 @@ void contents::needUpdateImage()
 bool contents::hasSameDataTo(const contents &other) const
 {
     return _pdicDatas == other._pdicDatas;
+}
+
+void contents::restoreFullText()
+{
+    const QByteArray text = _pdicDatas.value(PasteboardType::String);
+    if (text.size() > _contentOrigUtf8.size() && displayString(text) == displayString(_contentOrigUtf8))
+        _contentOrigUtf8 = text;
 }
 
 void contents::changed()

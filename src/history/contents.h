@@ -1,8 +1,9 @@
 #pragma once
 
+#include "history/typedatas.h"
+
 #include <QByteArray>
 #include <QFont>
-#include <QHash>
 #include <QImage>
 #include <QString>
 #include <QStringList>
@@ -23,7 +24,7 @@ class ImageFetcher;
 class contents : public std::enable_shared_from_this<contents>
 {
 public:
-    using Datas = QHash<QString, QByteArray>;
+    using Datas = TypeDatas;
 
     static constexpr int previewWidth = 435;
     static constexpr int previewHeight = 80;
@@ -36,13 +37,16 @@ public:
     contents(const contents &) = delete;
     contents &operator=(const contents &) = delete;
 
-    const QString &indexCount() const { return _pstrIndexCount; }
-    void setIndexCount(const QString &indexCount) { _pstrIndexCount = indexCount; }
-    const QString &content() const { return _pstrContent; }
-    // Sets the full text and the display string cut from it.
+    QString indexCount() const;
+    void setIndexCount(const QString &indexCount);
+    // The display string: the full text, cut after contentLimit UTF-16
+    // units. It is made from the full text when asked, so that no entry
+    // keeps a second copy of its first lines.
+    QString content() const;
+    // Sets the full text, from which the display string is cut.
     void setContent(const QString &text);
-    // The same from UTF-8 bytes, as the pasteboard holds a text: only the
-    // display string is decoded, and the full text shares the bytes.
+    // The same from UTF-8 bytes, as the pasteboard holds a text: the full
+    // text shares the bytes.
     void setContentUtf8(const QByteArray &utf8);
     // The full text, decoded when asked. Searches read contentOrigUtf8():
     // the text is kept once, as UTF-8, and shares its buffer with the text
@@ -55,11 +59,11 @@ public:
     // call after setTypes() and setContent(), whose results it reads.
     void setDatas(const Datas &datas);
     const QStringList &types() const { return _parraytypes; }
-    void setTypes(const QStringList &types) { _parraytypes = types; }
+    void setTypes(const QStringList &types) { _parraytypes = TypeDatas::sharedNames(types); }
     const QFont &font() const { return _pfontFont; }
     void setFont(const QFont &font) { _pfontFont = font; }
     const QString &mainType() const { return _pstrMainType; }
-    void setMainType(const QString &mainType) { _pstrMainType = mainType; }
+    void setMainType(const QString &mainType) { _pstrMainType = TypeDatas::sharedName(mainType); }
 
     int typeImageIndex() const { return _typeImageIndex; }
     QImage typeImage() const;
@@ -79,11 +83,19 @@ public:
     int imageAttempts() const { return iTryingToSetImageNum; }
 
     bool hasSameDataTo(const contents &other) const;
+    // A backup file keeps an entry's display string, not its full text. When
+    // that string is what the entry's own text cuts to, the text is the
+    // full text again, so that a search finds the entry after a save and an
+    // open as it did before.
+    void restoreFullText();
 
     // The address an entry's text names, for loading its picture or opening
     // it as a link: it must parse strictly and name a scheme, so that a bare
     // word is not taken for an address.
     static std::optional<QUrl> addressOf(const QString &text);
+
+    // What content() shows for a full text.
+    static QString displayString(QByteArrayView utf8);
 
     static QFont contentsFont();
     static bool hasContentsFont();
@@ -100,20 +112,27 @@ private:
     QImage renderPicturePreview() const;
     QImage renderCanvasPreview() const;
 
+    // A history holds tens of thousands of entries: the fields are ordered
+    // so that the small ones share words, and what few entries have sits
+    // behind a pointer.
+
+    // A sequence number is kept as the number it names when it is written
+    // the usual way, else as its text.
     QString _pstrIndexCount;
-    QString _pstrContent;
     QByteArray _contentOrigUtf8;
     Datas _pdicDatas;
     QStringList _parraytypes;
     QFont _pfontFont;
     QString _pstrMainType;
-    int _typeImageIndex = -1;
-    bool _showsPicture = false; // the preview is the entry's own "public.tiff" picture
-    QByteArray _addressPicture; // encoded picture loaded from the entry's address
-    bool _fetchPending = false;
+    std::unique_ptr<QByteArray> _addressPicture; // encoded picture loaded from the entry's address
     quint64 _imageGeneration = 0;
-    bool bSetImage = false;
+    qint32 _indexNumber = 0;
     qint32 iTryingToSetImageNum = 0;
+    qint32 _typeImageIndex = -1;
+    bool _indexIsNumber = false;
+    bool _showsPicture = false; // the preview is the entry's own "public.tiff" picture
+    bool _fetchPending = false;
+    bool bSetImage = false;
 };
 
 using Entry = std::shared_ptr<contents>;

@@ -44,9 +44,8 @@ void HistoryActions::setGeneralPasteboard(const Entry &entry)
 
     const contents::Datas &datas = entry->datas();
     for (const QString &type : std::as_const(types)) {
-        const auto data = datas.constFind(type);
-        if (data != datas.cend())
-            m_pasteboard.setData(*data, type);
+        if (datas.contains(type))
+            m_pasteboard.setData(datas.value(type), type);
     }
 
     m_eventTimer.setSoundName(QStringLiteral("Submarine"));

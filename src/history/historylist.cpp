@@ -33,6 +33,25 @@ void HistoryList::addObject(const Entry &entry)
     endInsertRows();
 }
 
+void HistoryList::addObjects(const QList<Entry> &entries)
+{
+    QList<Entry> shown;
+    for (const Entry &entry : entries) {
+        Q_ASSERT(entry);
+        m_all.append(entry);
+        if (!entry->isImageSet())
+            m_previewPending.append(entry);
+        if (passes(*entry))
+            shown.append(entry);
+    }
+    if (shown.isEmpty())
+        return;
+    const int row = int(m_arranged.size());
+    beginInsertRows({}, row, row + int(shown.size()) - 1);
+    m_arranged.append(shown);
+    endInsertRows();
+}
+
 void HistoryList::removeObject(const Entry &entry)
 {
     const qsizetype index = m_all.indexOf(entry);

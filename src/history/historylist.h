@@ -29,6 +29,8 @@ public:
     qsizetype arrangedCount() const { return m_arranged.size(); }
 
     void addObject(const Entry &entry);
+    // Appends many entries (an opened file) as one insertion.
+    void addObjects(const QList<Entry> &entries);
     void removeObject(const Entry &entry);
     // Removes many entries in one pass (trimming a long history).
     void removeObjects(const QList<Entry> &entries);

@@ -8,6 +8,8 @@
 #include <QApplication>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int margin = 2;
@@ -58,6 +60,27 @@ QFont numberFont(const QFont &base)
     QFont font = base;
     font.setPointSizeF(std::max<qreal>(base.pointSizeF() * 0.85, 6));
     return font;
+}
+
+// A text's preview is the text alone, drawn in black on a transparent
+// canvas, unless the text names an address whose picture lies under it.
+bool previewIsTextOnly(const contents &entry)
+{
+    return entry.types().contains(PasteboardType::String) && !entry.types().contains(PasteboardType::Tiff)
+        && !contents::addressOf(entry.content());
+}
+
+// The text of such a preview in the row's own text colour, so that it stays
+// readable on dark themes and on the selection.
+QImage tinted(const QImage &preview, const QColor &color)
+{
+    QImage image(preview.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.drawImage(0, 0, preview);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(image.rect(), color);
+    return image;
 }
 
 } // namespace
@@ -143,7 +166,9 @@ void QSImageCell::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     // The preview, scaled to the row's height and kept in proportion.
     const qreal scale = qreal(area.height()) / contents::previewHeight;
     const QRect previewBox(area.left(), area.top(), qRound(contents::previewWidth * scale), area.height());
-    const QImage preview = m_previews.preview(entry);
+    QImage preview = m_previews.preview(entry);
+    if (!preview.isNull() && previewIsTextOnly(*entry))
+        preview = tinted(preview, textColor);
     if (!preview.isNull()) {
         QRect target(QPoint(), preview.size().scaled(previewBox.size(), Qt::KeepAspectRatio));
         if (preview.height() <= previewBox.height() && preview.width() <= previewBox.width())
@@ -156,14 +181,11 @@ void QSImageCell::paint(QPainter *painter, const QStyleOptionViewItem &option, c
 
     // The text, where the row has room for it and the preview does not
     // already show it (a text's preview is the text itself).
-    const bool previewShowsText = entry->types().contains(PasteboardType::String);
-    if (!previewShowsText && area.width() >= minimumTextWidth && !entry->content().isEmpty()) {
-        QString line = entry->content();
-        line.replace(u'\n', u' ').replace(u'\r', u' ').replace(u'\t', u' ');
+    if (!entry->types().contains(PasteboardType::String) && area.width() >= minimumTextWidth && !entry->content().isEmpty()) {
         painter->setFont(option.font);
         painter->setPen(textColor);
         painter->drawText(area, Qt::AlignLeft | Qt::AlignVCenter,
-                          option.fontMetrics.elidedText(line.simplified(), Qt::ElideRight, area.width()));
+                          option.fontMetrics.elidedText(entry->content().simplified(), Qt::ElideRight, area.width()));
     }
     painter->restore();
 

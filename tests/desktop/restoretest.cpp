@@ -70,7 +70,9 @@ TEST(EntryMemory, anEntryLoadedFromABackupFileKeepsEqualBytesOnce)
     qint32 counter = 0;
     const QList<Entry> loaded = BackupFile::decode(BackupFile::encode({entry}), counter);
     ASSERT_EQ(loaded.size(), 1);
-    const QList<QByteArray> values = loaded.first()->datas().values();
+    QList<QByteArray> values;
+    for (const auto &[type, data] : loaded.first()->datas())
+        values.append(data);
     ASSERT_EQ(values, (QList<QByteArray>{"same text", "same text"}));
     EXPECT_EQ(values[0].constData(), values[1].constData()) << "two buffers for the same text";
 }

@@ -113,3 +113,19 @@ TEST(BackupFile, SeedsHoldTheEntriesTheirNamesPromiseAndAHistoryIsWrittenAsMacOs
     EXPECT_EQ(texts(odd, &contents::mainType),
               (QStringList{plainText, u"public.tiff"_s, plainText, u"(null)"_s, u"(null)"_s, plainText}));
 }
+
+// The file keeps only the display string; an entry whose own text cuts to it
+// is found by the same search after an open, and one whose text does not is
+// searched in what the file holds.
+TEST(BackupFile, OpenedEntriesAreSearchedInTheirFullTextWhenTheirDataHoldsIt)
+{
+    const QString longText = QString(150, u'a') + u" needle"_s;
+    const Entry own = textEntry(longText);
+    const Entry foreign = makeEntry({u"NSStringPboardType"_s}, longText, {{u"NSStringPboardType"_s, "other text"}});
+    qint32 counter = 0;
+    const QList<Entry> loaded = BackupFile::decode(BackupFile::encode({own, foreign}), counter);
+    ASSERT_EQ(loaded.size(), 2);
+    EXPECT_EQ(loaded[0]->contentOrig(), longText);
+    EXPECT_EQ(loaded[0]->content(), QString(140, u'a') + u" ..."_s);
+    EXPECT_EQ(loaded[1]->contentOrig(), QString(140, u'a') + u" ..."_s);
+}

@@ -51,7 +51,7 @@ protected:
             clock.advance(1000);
         }
     }
-    QStringList arranged(const QString &(contents::*field)() const = &contents::content) const
+    QStringList arranged(const EntryField &field = &contents::content) const
     {
         return texts(nsac.arrangedObjects(), field);
     }

@@ -4,6 +4,8 @@
 
 #include <QFile>
 
+#include <functional>
+
 // An entry built in the order the capture builds one.
 inline Entry makeEntry(const QStringList &types, const QString &text, const contents::Datas &datas = {})
 {
@@ -22,11 +24,14 @@ inline Entry textEntry(const QString &text)
     return makeEntry({plain, string}, text, {{plain, text.toUtf8()}, {string, text.toUtf8()}});
 }
 
-inline QStringList texts(const QList<Entry> &entries, const QString &(contents::*field)() const = &contents::content)
+// One field of each entry, by its getter (&contents::indexCount).
+using EntryField = std::function<QString(const contents &)>;
+
+inline QStringList texts(const QList<Entry> &entries, const EntryField &field = &contents::content)
 {
     QStringList values;
     for (const Entry &entry : entries)
-        values.append(((*entry).*field)());
+        values.append(field(*entry));
     return values;
 }
 

@@ -81,6 +81,19 @@ TEST_F(QSImageCellTest, PaintsNumberIconPictureAndText)
     for (int x = last.left(); x < last.left() + 300 && !yellow; ++x)
         yellow = shot.pixelColor(x, last.center().y()) == QColor(250, 200, 40);
     EXPECT_TRUE(yellow);
+
+    // A text's preview takes the row's text colour: white on the selection, not the canvas's black.
+    const QRect selected = view.visualRect(nsac.index(1)).translated(view.viewport()->pos());
+    const QColor highlightedText = view.palette().color(QPalette::Active, QPalette::HighlightedText);
+    int light = 0, black = 0;
+    for (int y = selected.top(); y < selected.bottom(); ++y) {
+        for (int x = selected.left() + 80; x < selected.left() + 300; ++x) {
+            light += shot.pixelColor(x, y) == highlightedText;
+            black += shot.pixelColor(x, y) == QColor(Qt::black);
+        }
+    }
+    EXPECT_GT(light, 20);
+    EXPECT_EQ(black, 0);
 }
 
 } // namespace
