@@ -153,30 +153,6 @@ std::optional<StatusNotifierHost::Item> DesktopTest::trayItemOf(qint64 pid)
     return item;
 }
 
-QString DesktopTest::trayToolTip()
-{
-    const auto item = trayItem();
-    return item ? m_tray->toolTip(*item) : QString();
-}
-
-QImage DesktopTest::trayIcon()
-{
-    const auto item = trayItem();
-    return item ? m_tray->icon(*item) : QImage();
-}
-
-QStringList DesktopTest::trayMenu()
-{
-    const auto item = trayItem();
-    return item ? m_tray->menuLabels(*item) : QStringList();
-}
-
-bool DesktopTest::clickTrayMenu(const QString &label)
-{
-    const auto item = trayItem();
-    return item && m_tray->clickMenuItem(*item, label);
-}
-
 bool DesktopTest::screenshotWindow(const QString &titlePattern, const QString &file)
 {
     QProcess search;
@@ -188,10 +164,4 @@ bool DesktopTest::screenshotWindow(const QString &titlePattern, const QString &f
     QProcess import;
     import.start(QStringLiteral("import"), {QStringLiteral("-window"), window, file});
     return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
-}
-
-bool DesktopTest::screenshotTrayIcon(const QString &file)
-{
-    const QImage icon = trayIcon();
-    return !icon.isNull() && icon.save(file, "PNG");
 }

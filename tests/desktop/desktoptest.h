@@ -58,15 +58,15 @@ protected:
     std::optional<StatusNotifierHost::Item> trayItem() { return trayItemOf(programPid()); }
     std::optional<StatusNotifierHost::Item> trayItemOf(qint64 pid);
     // The tray's view of the program's item: tool tip, icon (null when none), menu labels; empty when no item.
-    QString trayToolTip();
-    QImage trayIcon();
-    QStringList trayMenu();
+    QString trayToolTip() { const auto item = trayItem(); return item ? m_tray->toolTip(*item) : QString(); }
+    QImage trayIcon() { const auto item = trayItem(); return item ? m_tray->icon(*item) : QImage(); }
+    QStringList trayMenu() { const auto item = trayItem(); return item ? m_tray->menuLabels(*item) : QStringList(); }
     // Opens the tray menu and clicks the enabled entry of that label, as a user does.
-    bool clickTrayMenu(const QString &label);
+    bool clickTrayMenu(const QString &label) { const auto item = trayItem(); return item && m_tray->clickMenuItem(*item, label); }
 
     // PNG of the first window whose title matches the pattern (xdotool search --name), as the X server shows it.
     static bool screenshotWindow(const QString &titlePattern, const QString &file);
-    bool screenshotTrayIcon(const QString &file);
+    bool screenshotTrayIcon(const QString &file) { const QImage icon = trayIcon(); return !icon.isNull() && icon.save(file, "PNG"); }
 
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;

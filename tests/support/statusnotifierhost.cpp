@@ -72,16 +72,6 @@ const StatusNotifierHost::MenuEntry *findEntry(const StatusNotifierHost::MenuEnt
 
 } // namespace
 
-QString StatusNotifierHost::MenuEntry::label() const
-{
-    return withoutMnemonic(properties.value(QStringLiteral("label")).toString());
-}
-
-bool StatusNotifierHost::MenuEntry::isSeparator() const
-{
-    return properties.value(QStringLiteral("type")).toString() == QStringLiteral("separator");
-}
-
 StatusNotifierHost::StatusNotifierHost(const QDBusConnection &bus)
     : m_bus(bus)
     , m_owners(new QDBusServiceWatcher({}, bus, QDBusServiceWatcher::WatchForUnregistration, this))
@@ -250,14 +240,13 @@ bool StatusNotifierHost::clickMenuItem(const Item &item, const QString &label)
     if (!entry || !entry->properties.value(QStringLiteral("visible"), true).toBool()
         || !entry->properties.value(QStringLiteral("enabled"), true).toBool())
         return false;
-    const QString path = menuPath(item);
-    const uint timestamp = uint(QDateTime::currentSecsSinceEpoch());
-    QDBusMessage clicked = QDBusMessage::createMethodCall(item.service, path, menuInterface, QStringLiteral("Event"));
-    clicked << entry->id << QStringLiteral("clicked") << QVariant::fromValue(QDBusVariant(0)) << timestamp;
-    const bool delivered = call(clicked).type() == QDBusMessage::ReplyMessage;
-    QDBusMessage closed = QDBusMessage::createMethodCall(item.service, path, menuInterface, QStringLiteral("Event"));
-    closed << 0 << QStringLiteral("closed") << QVariant::fromValue(QDBusVariant(0)) << timestamp;
-    call(closed);
+    const auto event = [&](int id, const QString &name) {
+        QDBusMessage message = QDBusMessage::createMethodCall(item.service, menuPath(item), menuInterface, QStringLiteral("Event"));
+        message << id << name << QVariant::fromValue(QDBusVariant(0)) << uint(QDateTime::currentSecsSinceEpoch());
+        return call(message).type() == QDBusMessage::ReplyMessage;
+    };
+    const bool delivered = event(entry->id, QStringLiteral("clicked"));
+    event(0, QStringLiteral("closed"));
     return delivered;
 }
 

@@ -36,14 +36,12 @@ public:
         QVariantMap properties;
         QList<MenuEntry> children;
         // The label as shown, without its mnemonic mark.
-        QString label() const;
-        bool isSeparator() const;
+        QString label() const { return withoutMnemonic(properties.value(QStringLiteral("label")).toString()); }
+        bool isSeparator() const { return properties.value(QStringLiteral("type")) == QStringLiteral("separator"); }
     };
 
     explicit StatusNotifierHost(const QDBusConnection &bus = QDBusConnection::sessionBus());
     ~StatusNotifierHost() override;
-    StatusNotifierHost(const StatusNotifierHost &) = delete;
-    StatusNotifierHost &operator=(const StatusNotifierHost &) = delete;
 
     bool start();
 
