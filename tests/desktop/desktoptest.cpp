@@ -33,6 +33,8 @@ void DesktopTest::SetUp()
     ASSERT_TRUE(clearClipboard());
     m_notices = std::make_unique<NotificationServer>();
     ASSERT_TRUE(m_notices->start()) << "run desktop tests under dbus-run-session, with no other notice server";
+    m_tray = std::make_unique<StatusNotifierHost>();
+    ASSERT_TRUE(m_tray->start()) << "another tray owns org.kde.StatusNotifierWatcher on this bus";
 
     QObject::connect(&m_program, &QProcess::readyReadStandardError, [this] {
         m_program.setReadChannel(QProcess::StandardError);
@@ -141,4 +143,25 @@ QList<NotificationServer::Notice> DesktopTest::noticesTitled(const QString &summ
     QList<NotificationServer::Notice> titled = m_notices->notices();
     titled.removeIf([&](const NotificationServer::Notice &notice) { return notice.summary != summary; });
     return titled;
+}
+
+std::optional<StatusNotifierHost::Item> DesktopTest::trayItemOf(qint64 pid)
+{
+    std::optional<StatusNotifierHost::Item> item;
+    if (!m_tray || !QTest::qWaitFor([&] { return (item = m_tray->itemOfProcess(pid)).has_value(); }, waitMs))
+        ADD_FAILURE() << "process " << pid << " has no tray item";
+    return item;
+}
+
+bool DesktopTest::screenshotWindow(const QString &titlePattern, const QString &file)
+{
+    QProcess search;
+    search.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                             QStringLiteral("--name"), titlePattern});
+    if (!search.waitForFinished(waitMs) || search.exitCode() != 0)
+        return false;
+    const QString window = QString::fromLatin1(search.readAllStandardOutput()).section(u'\n', 0, 0);
+    QProcess import;
+    import.start(QStringLiteral("import"), {QStringLiteral("-window"), window, file});
+    return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/testpicture.h"
 #include "support/notificationserver.h"
+#include "support/statusnotifierhost.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -10,6 +11,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 // The X11 target each pasteboard type is offered under, when not its own name.
 inline const std::map<QString, QString> readBackTargets{
@@ -22,7 +24,7 @@ inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << tex
 class QMimeData;
 struct xcb_connection_t;
 
-// Each test gets a fresh HOME, an empty clipboard and a notice server; the program is killed with the fixture.
+// Each test gets a fresh HOME, an empty clipboard, a notice server and a tray; the program is killed with the fixture.
 class DesktopTest : public ::testing::Test
 {
 protected:
@@ -52,8 +54,24 @@ protected:
     QList<NotificationServer::Notice> noticesTitled(const QString &summary) const;
     static QByteArray smallPng() { return pngPicture(); }
 
+    // The program's tray item, waited for; a failure is reported when it does not come.
+    std::optional<StatusNotifierHost::Item> trayItem() { return trayItemOf(programPid()); }
+    std::optional<StatusNotifierHost::Item> trayItemOf(qint64 pid);
+    // The tray's view of the program's item: tool tip, icon (null when none), menu labels; empty when no item.
+    QString trayToolTip() { const auto item = trayItem(); return item ? m_tray->toolTip(*item) : QString(); }
+    QImage trayIcon() { const auto item = trayItem(); return item ? m_tray->icon(*item) : QImage(); }
+    QStringList trayMenu() { const auto item = trayItem(); return item ? m_tray->menuLabels(*item) : QStringList(); }
+    // Opens the tray menu and clicks the enabled entry of that label, as a user does.
+    bool clickTrayMenu(const QString &label) { const auto item = trayItem(); return item && m_tray->clickMenuItem(*item, label); }
+
+    // PNG of the first window whose title matches the pattern (xdotool search --name), as the X server shows it.
+    static bool screenshotWindow(const QString &titlePattern, const QString &file);
+    bool screenshotTrayIcon(const QString &file) { const QImage icon = trayIcon(); return !icon.isNull() && icon.save(file, "PNG"); }
+
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;
+    // Reset it before startProgram for a desktop without a tray: the program looks for one only at start.
+    std::unique_ptr<StatusNotifierHost> m_tray;
 
 private:
     quint32 owner() const;
