@@ -4,8 +4,8 @@
 #include <array>
 #include <cstring>
 
-#ifdef __x86_64__
-#include <immintrin.h>
+#ifdef __SSE2__
+#include <emmintrin.h>
 #endif
 
 namespace {
@@ -64,33 +64,6 @@ bool TextMatcher::matches(QByteArrayView utf8) const
     return false;
 }
 
-#ifdef __x86_64__
-// 32 places at a time where the processor has AVX2 (asked once, at run
-// time, so that the program still runs on processors without it).
-__attribute__((target("avx2"))) qsizetype TextMatcher::scanWide(const unsigned char *hay, qsizetype n) const
-{
-    const qsizetype m = m_folded.size();
-    const auto *needle = reinterpret_cast<const unsigned char *>(m_folded.constData());
-    const __m256i first = _mm256_set1_epi8(char(needle[0]));
-    const __m256i last = _mm256_set1_epi8(char(needle[m - 1]));
-    const __m256i firstBit = _mm256_set1_epi8(caseBit(needle[0]));
-    const __m256i lastBit = _mm256_set1_epi8(caseBit(needle[m - 1]));
-    qsizetype at = 0;
-    for (; at + m - 1 + 32 <= n; at += 32) {
-        const __m256i a = _mm256_or_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(hay + at)), firstBit);
-        const __m256i b =
-            _mm256_or_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(hay + at + m - 1)), lastBit);
-        auto bits = unsigned(_mm256_movemask_epi8(_mm256_and_si256(_mm256_cmpeq_epi8(a, first), _mm256_cmpeq_epi8(b, last))));
-        while (bits) {
-            if (matchesAt(hay, at + std::countr_zero(bits)))
-                return -1;
-            bits &= bits - 1;
-        }
-    }
-    return at;
-}
-#endif
-
 // Sixteen places at a time: a place is a candidate when the bytes under the
 // needle's first and last characters match them (a letter in either case,
 // by setting the bit that tells the cases apart); candidates are then
@@ -98,11 +71,6 @@ __attribute__((target("avx2"))) qsizetype TextMatcher::scanWide(const unsigned c
 // needle was found.
 qsizetype TextMatcher::scan(const unsigned char *hay, qsizetype n) const
 {
-#ifdef __x86_64__
-    static const bool wide = __builtin_cpu_supports("avx2");
-    if (wide)
-        return scanWide(hay, n);
-#endif
     qsizetype at = 0;
 #ifdef __SSE2__
     const qsizetype m = m_folded.size();

@@ -18,7 +18,6 @@ public:
 private:
     bool matchesAscii(QByteArrayView utf8) const;
     qsizetype scan(const unsigned char *hay, qsizetype n) const;
-    qsizetype scanWide(const unsigned char *hay, qsizetype n) const;
     bool matchesAt(const unsigned char *hay, qsizetype at) const;
 
     QString m_needle;
