@@ -60,25 +60,12 @@ TEST_F(CustomTableViewTest, DoubleClickOnARowPosts)
     EXPECT_EQ(posted.at(0).at(0).toString(), QStringLiteral("OnDoubleClickOnTable"));
 }
 
-class MenuSpy : public QMenu
-{
-public:
-    int shown = 0;
-
-protected:
-    void showEvent(QShowEvent *event) override
-    {
-        ++shown;
-        QMenu::showEvent(event);
-    }
-};
-
 TEST_F(CustomTableViewTest, RightClickSelectsOnlyTheRowUnderThePointer)
 {
     addTexts(4); // 4 x 84 px rows leave room beneath the last one
     view.resize(600, 500);
     view.show();
-    MenuSpy menu;
+    QMenu menu;
     menu.addAction(QStringLiteral("Remove"));
     QSignalSpy aboutToShow(&menu, &QMenu::aboutToShow);
     view.setContextMenu(&menu);
@@ -97,7 +84,6 @@ TEST_F(CustomTableViewTest, RightClickSelectsOnlyTheRowUnderThePointer)
     rightClick(QPoint(20, 4 * 84 + 40));
     EXPECT_TRUE(nsac.selectionIndexes().isEmpty());
     EXPECT_EQ(aboutToShow.count(), 1);
-    EXPECT_EQ(menu.shown, 1);
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
