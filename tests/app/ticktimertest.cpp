@@ -7,17 +7,13 @@
 
 namespace {
 
-// Runs that post "Add to Table" after some work of their own, or post
-// nothing; between runs the clock moves as far as the timer waits, as when it
-// fires on time. Each run starts one second after the last start, but never
-// within 1001 ms of a notice the last run posted, so that none is taken for a
-// repeat; a notice of before the last run (a restore between ticks) holds
-// nothing back.
+// Each run starts a second after the last start, but never within 1001 ms of a notice the
+// last run posted, so that none is taken for a repeat; a notice from before the last run
+// (a restore between ticks) holds nothing back. The clock moves as far as the timer waits.
 TEST(TickTimer, CapturesOnConsecutiveTicksEachGetTheirNotice)
 {
     RecordingRig rig;
-    // Work before and after the notice, in ms: a slow tick followed by a quick
-    // one is the worst case for a timer timed from tick starts.
+    // Work before and after the notice, in ms: a slow tick then a quick one is the worst case.
     const struct { quint32 before, after; bool notice; } runs[] = {
         {6, 2, true}, {0, 0, true}, {3, 40, true}, {0, 1, true}, {999, 0, true}, {0, 0, true}, {0, 30, false},
         {1500, 0, false}};

@@ -34,29 +34,22 @@ bool isBlank(const QImage &image)
     return !image.isNull() && image == blank;
 }
 
-// Longer ones are cut, as the capture test shows.
-TEST(Contents, DisplayStringOf140Utf16UnitsOrLessIsUntouched)
+// 140 UTF-16 units or fewer are shown whole, longer texts cut with " ...". A text read as
+// UTF-8 decodes only what the display string needs, and the full text kept for the search
+// is the very buffer of the text types.
+TEST(Contents, DisplayStringIsCutAfter140Utf16UnitsAndUtf8TextSharesTheTextTypesBuffer)
 {
-    const QString emoji = QString::fromUcs4(U"\U0001F600");
-    for (const QString &text : {QString(140, u'a'), emoji.repeated(70), QStringLiteral("  line one\n\tline two")}) {
-        contents entry;
-        entry.setContent(text);
-        EXPECT_EQ(entry.content(), text);
-    }
-}
-
-// A text read as UTF-8 decodes only what the display string needs, and the
-// full text kept for the search is the very buffer of the text types.
-TEST(Contents, Utf8TextIsCutLikeItsDecodedFormAndSharesTheTextTypesBuffer)
-{
-    const QString emoji = QString::fromUcs4(U"\U0001F600");
-    for (const QString &text : {QString(141, u'a'), emoji.repeated(71), QString(5000, u'\u00e4'), QString()}) {
-        contents decoded;
+    const QString emoji = QString::fromUcs4(U"\U0001F600"), lines = QStringLiteral("  line one\n\tline two");
+    const std::pair<QString, QString> cases[] = {
+        {QString(140, u'a'), QString(140, u'a')}, {emoji.repeated(70), emoji.repeated(70)}, {lines, lines}, {{}, {}},
+        {QString(141, u'a'), QString(140, u'a') + QStringLiteral(" ...")},
+        {emoji.repeated(71), emoji.repeated(70) + QStringLiteral(" ...")},
+        {QString(5000, u'\u00e4'), QString(140, u'\u00e4') + QStringLiteral(" ...")}};
+    for (const auto &[text, shown] : cases) {
+        contents decoded, entry;
         decoded.setContent(text);
-        contents entry;
         entry.setContentUtf8(text.toUtf8());
-        EXPECT_EQ(entry.content(), decoded.content());
-        EXPECT_EQ(entry.contentOrig(), text);
+        EXPECT_EQ((QStringList{decoded.content(), entry.content(), entry.contentOrig()}), (QStringList{shown, shown, text}));
     }
     const QByteArray bytes = QByteArray(3000, 'x');
     contents entry;

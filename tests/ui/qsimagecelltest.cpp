@@ -1,7 +1,6 @@
 #include "tablefixture.h"
+#include "windowfixture.h"
 
-#include <QBuffer>
-#include <QPainter>
 #include <QSet>
 
 namespace {
@@ -55,15 +54,7 @@ TEST_F(QSImageCellTest, PaintsNumberIconPictureAndText)
         entry->setIndexCount(QString::number(number++));
         nsac.addObject(entry);
     }
-    QImage picture(320, 200, QImage::Format_RGB32);
-    QPainter painter(&picture);
-    painter.fillRect(picture.rect(), QColor(30, 110, 200));
-    painter.fillRect(QRect(40, 40, 240, 120), QColor(250, 200, 40));
-    painter.end();
-    QByteArray tiff;
-    QBuffer buffer(&tiff);
-    picture.save(&buffer, "TIFF");
-    const Entry image = makeEntry({QStringLiteral("public.tiff")}, QStringLiteral("file:///home/ada/Pictures/holiday.png"), {{QStringLiteral("public.tiff"), tiff}});
+    const Entry image = pictureEntry(QStringLiteral("file:///home/ada/Pictures/holiday.png"), QColor(250, 200, 40));
     image->setIndexCount(QString::number(number));
     image->setImageLater();
     nsac.addObject(image);
@@ -75,7 +66,7 @@ TEST_F(QSImageCellTest, PaintsNumberIconPictureAndText)
     if (const QByteArray dir = qgetenv("QUILLSTASH_UI_SHOTS"); !dir.isEmpty())
         shot.save(QString::fromLocal8Bit(dir) + QStringLiteral("/table.png"));
 
-    // The picture's yellow middle lies in the preview place of the last row.
+    // The yellow picture lies in the preview place of the last row.
     const QRect last = view.visualRect(nsac.index(3)).translated(view.viewport()->pos());
     bool yellow = false;
     for (int x = last.left(); x < last.left() + 300 && !yellow; ++x)

@@ -16,44 +16,35 @@ namespace {
 
 using WindowCtrlTest = WindowFixture;
 
-TEST_F(WindowCtrlTest, CompactTwiceKeepsTheTopLeftAndUncompactRestoresTheFullFrameEvenAfterAMove)
-{
-    ctrl.compact();
-    ctrl.compact();
-    EXPECT_EQ(window.geometry(), QRect(100, 50, 250, 160));
-    EXPECT_TRUE(child<QToolBar>("toolbar")->isHidden());
-
-    window.move(400, 300);
-    ctrl.uncompact();
-    EXPECT_EQ(window.geometry(), QRect(100, 50, 800, 600));
-    EXPECT_FALSE(child<QToolBar>("toolbar")->isHidden());
-}
-
-struct SmallFrame
+struct Frame
 {
     QRect frame;
     bool remembered;
 };
 
-class CompactFromFrameTest : public WindowFixture, public ::testing::WithParamInterface<SmallFrame>
+class CompactTest : public WindowFixture, public ::testing::WithParamInterface<Frame>
 {
 };
 
-// Only a frame wider than 250 and higher than 160 becomes the one uncompact returns to.
-TEST_P(CompactFromFrameTest, RemembersOnlyAFrameLargerThanTheCompactOne)
+// Only a frame wider than 250 and higher than 160 becomes the one uncompact returns to;
+// compacting twice keeps it, and uncompact returns there even after a move.
+TEST_P(CompactTest, RemembersOnlyAFrameLargerThanTheCompactOne)
 {
     window.setGeometry(GetParam().frame);
     ctrl.compact();
+    ctrl.compact();
     const QRect full = GetParam().remembered ? GetParam().frame : QRect(100, 50, 800, 600);
     EXPECT_EQ(window.geometry(), QRect(full.topLeft(), QSize(250, 160)));
+    EXPECT_TRUE(child<QToolBar>("toolbar")->isHidden());
+    window.move(400, 300);
     ctrl.uncompact();
     EXPECT_EQ(window.geometry(), full);
+    EXPECT_FALSE(child<QToolBar>("toolbar")->isHidden());
 }
 
-INSTANTIATE_TEST_SUITE_P(Frames, CompactFromFrameTest,
-                         ::testing::Values(SmallFrame{QRect(200, 80, 250, 400), false},
-                                           SmallFrame{QRect(200, 80, 600, 160), false},
-                                           SmallFrame{QRect(200, 80, 251, 161), true}));
+INSTANTIATE_TEST_SUITE_P(Frames, CompactTest,
+                         ::testing::Values(Frame{QRect(100, 50, 800, 600), true}, Frame{QRect(200, 80, 250, 400), false},
+                                           Frame{QRect(200, 80, 600, 160), false}, Frame{QRect(200, 80, 251, 161), true}));
 
 struct Placement
 {

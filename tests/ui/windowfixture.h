@@ -10,6 +10,18 @@
 
 #include <gtest/gtest.h>
 
+// An entry whose preview is a picture of one colour, with the given display text.
+inline Entry pictureEntry(const QString &text, const QColor &colour)
+{
+    QImage picture(120, 60, QImage::Format_RGB32);
+    picture.fill(colour);
+    QByteArray tiff;
+    QBuffer buffer(&tiff);
+    picture.save(&buffer, "TIFF");
+    const QString type = QStringLiteral("public.tiff");
+    return makeEntry({type}, text, {{type, tiff}});
+}
+
 // The main window with its actions and controller, as the application builds them,
 // at a full-size frame of 800 x 600 whose top-left is (100, 50).
 class WindowFixture : public ::testing::Test
@@ -28,18 +40,6 @@ protected:
     {
         window->setGeometry(100, 50, 800, 600);
         return window;
-    }
-
-    // An entry whose preview is a picture of one colour, with the given display text.
-    static Entry pictureEntry(const QString &text, const QColor &colour)
-    {
-        QImage picture(120, 60, QImage::Format_RGB32);
-        picture.fill(colour);
-        QByteArray tiff;
-        QBuffer buffer(&tiff);
-        picture.save(&buffer, "TIFF");
-        const QString type = QStringLiteral("public.tiff");
-        return makeEntry({type}, text, {{type, tiff}});
     }
 
     MenuItems items;
