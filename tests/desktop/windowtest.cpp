@@ -34,34 +34,27 @@ QString shotFile(const char *name)
     return folder.isEmpty() ? QString() : QDir(folder).filePath(QLatin1String(name));
 }
 
+// A landscape, for a row that shows what a picture looks like.
 QByteArray landscapePng()
 {
     QImage image(240, 160, QImage::Format_RGB32);
     QPainter painter(&image);
     QLinearGradient sky(0, 0, 0, 160);
-    sky.setColorAt(0, QColor(90, 150, 230));
-    sky.setColorAt(1, QColor(250, 210, 150));
+    sky.setStops({{0, QColor(90, 150, 230)}, {1, QColor(250, 210, 150)}});
     painter.fillRect(image.rect(), sky);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(250, 240, 120));
-    painter.drawEllipse(150, 30, 40, 40);
     painter.setBrush(QColor(60, 120, 70));
     painter.drawPolygon(QPolygon({{0, 160}, {70, 80}, {130, 130}, {190, 90}, {240, 160}}));
     painter.end();
     QBuffer png;
-    png.open(QIODevice::WriteOnly);
-    image.save(&png, "PNG");
-    return png.data();
+    return png.open(QIODevice::WriteOnly) && image.save(&png, "PNG") ? png.data() : QByteArray();
 }
 
 bool hasRed(const QImage &icon)
 {
-    for (int y = 0; y < icon.height(); ++y) {
-        for (int x = 0; x < icon.width(); ++x) {
-            const QColor c = icon.pixelColor(x, y);
-            if (c.alpha() > 128 && c.red() > 150 && c.green() < 100 && c.blue() < 100)
-                return true;
-        }
+    for (int i = 0; i < icon.width() * icon.height(); ++i) {
+        const QColor c = icon.pixelColor(i % icon.width(), i / icon.width());
+        if (c.alpha() > 128 && c.red() > 150 && c.green() < 100 && c.blue() < 100)
+            return true;
     }
     return false;
 }
