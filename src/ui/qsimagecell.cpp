@@ -6,9 +6,13 @@
 #include "ui/customtableview.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QPainter>
 
 #include <algorithm>
+
+// One line per painted row, for watching the table from outside the program.
+Q_LOGGING_CATEGORY(lcTable, "quillstash.table", QtInfoMsg)
 
 namespace {
 
@@ -192,6 +196,8 @@ void QSImageCell::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     const QString label = stampFor(option);
     if (!label.isEmpty())
         paintStamp(painter, option.rect, label);
+    qCDebug(lcTable, "row %d of %d icon %d stamp %s text %s", index.row(), index.model()->rowCount(),
+            entry->typeImageIndex(), qUtf8Printable(label), qUtf8Printable(entry->content().left(40).simplified()));
 }
 
 void QSImageCell::paintStamp(QPainter *painter, const QRect &cell, const QString &label) const

@@ -17,6 +17,7 @@ constexpr int waitMs = 5000;
 // The message pattern below puts type and category first, so a warning stands out in a failure report.
 const QRegularExpression tickLine(QStringLiteral("^debug quillstash\\.tick: tick (\\d{10,})$"));
 const QRegularExpression captureLine(QStringLiteral("^debug quillstash\\.capture: captured (\\S+) types: (.*)$"));
+const QRegularExpression rowLine(QStringLiteral("^debug quillstash\\.table: row (\\d+) of (\\d+) (icon .*)$"));
 
 } // namespace
 
@@ -45,6 +46,10 @@ void DesktopTest::SetUp()
             } else if (const QRegularExpressionMatch capture = captureLine.match(line); capture.hasMatch()) {
                 m_output.captureIndexes.append(capture.captured(1));
                 m_output.captures.append(capture.captured(2).split(QStringLiteral(", ")));
+            } else if (const QRegularExpressionMatch row = rowLine.match(line); row.hasMatch()) {
+                // Rows beyond the table's present end are gone.
+                m_output.rows.erase(m_output.rows.lower_bound(row.captured(2).toInt()), m_output.rows.end());
+                m_output.rows[row.captured(1).toInt()] = row.captured(3);
             } else {
                 m_output.other.append(line);
             }
@@ -66,7 +71,7 @@ QProcessEnvironment DesktopTest::programEnvironment() const
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("HOME"), m_home.path());
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral(".config")));
-    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillstash.capture.debug=true;quillstash.tick.debug=true"));
+    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillstash.capture.debug=true;quillstash.tick.debug=true;quillstash.table.debug=true"));
     env.insert(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("%{type} %{if-category}%{category}: %{endif}%{message}"));
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
     return env;
@@ -90,6 +95,14 @@ bool DesktopTest::waitForMoreTicks(int n, int timeoutMs)
 bool DesktopTest::waitForCaptures(int count)
 {
     return QTest::qWaitFor([&] { return captures().size() >= count; }, twoTicksMs);
+}
+
+QStringList DesktopTest::paintedRows() const
+{
+    QStringList rows;
+    for (const auto &[row, line] : m_output.rows)
+        rows.append(line);
+    return rows;
 }
 
 bool DesktopTest::copy(const QByteArray &data, const QString &target)
@@ -145,23 +158,48 @@ QList<NotificationServer::Notice> DesktopTest::noticesTitled(const QString &summ
     return titled;
 }
 
-std::optional<StatusNotifierHost::Item> DesktopTest::trayItemOf(qint64 pid)
+std::optional<StatusNotifierHost::Item> DesktopTest::trayItem()
 {
+    const qint64 pid = programPid();
     std::optional<StatusNotifierHost::Item> item;
     if (!m_tray || !QTest::qWaitFor([&] { return (item = m_tray->itemOfProcess(pid)).has_value(); }, waitMs))
         ADD_FAILURE() << "process " << pid << " has no tray item";
     return item;
 }
 
-bool DesktopTest::screenshotWindow(const QString &titlePattern, const QString &file)
+std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
 {
-    QProcess search;
-    search.start(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                             QStringLiteral("--name"), titlePattern});
-    if (!search.waitForFinished(waitMs) || search.exitCode() != 0)
-        return false;
-    const QString window = QString::fromLatin1(search.readAllStandardOutput()).section(u'\n', 0, 0);
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    if (!process.waitForFinished(waitMs) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return std::nullopt;
+    return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
+}
+
+QString DesktopTest::windowNamed(const QString &titlePattern)
+{
+    return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), titlePattern})
+        .value_or(QString())
+        .section(u'\n', 0, 0);
+}
+
+QRect DesktopTest::windowGeometry(const QString &window)
+{
+    // X=, Y=, WIDTH=, HEIGHT= lines.
+    QMap<QString, int> values;
+    for (const QString &line : xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window})
+                                   .value_or(QString())
+                                   .split(u'\n'))
+        values[line.section(u'=', 0, 0)] = line.section(u'=', 1).toInt();
+    return {values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")), values.value(QStringLiteral("WIDTH")),
+            values.value(QStringLiteral("HEIGHT"))};
+}
+
+bool DesktopTest::screenshot(const QRect &area, const QString &file)
+{
     QProcess import;
-    import.start(QStringLiteral("import"), {QStringLiteral("-window"), window, file});
+    import.start(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), QStringLiteral("-crop"),
+                                            QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y()),
+                                            QStringLiteral("+repage"), file});
     return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
 }

@@ -5,6 +5,7 @@
 #include "support/statusnotifierhost.h"
 
 #include <QProcess>
+#include <QRect>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -12,12 +13,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-
-// The X11 target each pasteboard type is offered under, when not its own name.
-inline const std::map<QString, QString> readBackTargets{
-    {QStringLiteral("public.html"), QStringLiteral("text/html")},
-    {QStringLiteral("public.png"), QStringLiteral("image/png")},
-};
 
 inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << text.toStdString() << '"'; }
 
@@ -43,6 +38,9 @@ protected:
     QStringList captureIndexes() const { return m_output.captureIndexes; }
     bool waitForMoreTicks(int n, int timeoutMs);
     bool waitForCaptures(int count);
+    // The table's rows as last painted, top row first, from the program's paint log ("icon 2 stamp Ctrl+Alt+1 text
+    // Some text"); none past its last row.
+    QStringList paintedRows() const;
 
     // xclip owns the clipboard with data under target (text when empty), as another program would.
     bool copy(const QByteArray &data, const QString &target = {});
@@ -55,8 +53,7 @@ protected:
     static QByteArray smallPng() { return pngPicture(); }
 
     // The program's tray item, waited for; a failure is reported when it does not come.
-    std::optional<StatusNotifierHost::Item> trayItem() { return trayItemOf(programPid()); }
-    std::optional<StatusNotifierHost::Item> trayItemOf(qint64 pid);
+    std::optional<StatusNotifierHost::Item> trayItem();
     // The tray's view of the program's item: tool tip, icon (null when none), menu labels; empty when no item.
     QString trayToolTip() { const auto item = trayItem(); return item ? m_tray->toolTip(*item) : QString(); }
     QImage trayIcon() { const auto item = trayItem(); return item ? m_tray->icon(*item) : QImage(); }
@@ -64,9 +61,14 @@ protected:
     // Opens the tray menu and clicks the enabled entry of that label, as a user does.
     bool clickTrayMenu(const QString &label) { const auto item = trayItem(); return item && m_tray->clickMenuItem(*item, label); }
 
-    // PNG of the first window whose title matches the pattern (xdotool search --name), as the X server shows it.
-    static bool screenshotWindow(const QString &titlePattern, const QString &file);
-    bool screenshotTrayIcon(const QString &file) { const QImage icon = trayIcon(); return !icon.isNull() && icon.save(file, "PNG"); }
+    // xdotool with these arguments; its output, or nullopt when it fails.
+    static std::optional<QString> xdotool(const QStringList &arguments);
+    // The X window id of the first visible window whose title matches the pattern; empty when none.
+    static QString windowNamed(const QString &titlePattern);
+    // The window's place and size on the screen (with no window manager, the X window's own).
+    static QRect windowGeometry(const QString &window);
+    // PNG of that part of the screen, as the X server shows it: popups included.
+    static bool screenshot(const QRect &area, const QString &file);
 
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;
@@ -82,6 +84,7 @@ private:
         QList<qint64> ticks;
         QList<QStringList> captures;
         QStringList captureIndexes, other;
+        std::map<int, QString> rows;
     } m_output;
     xcb_connection_t *m_connection = nullptr;
     quint32 m_clipboardAtom = 0;

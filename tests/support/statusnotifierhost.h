@@ -45,7 +45,6 @@ public:
 
     bool start();
 
-    QList<Item> items() const { return m_items; }
     // The item whose bus connection belongs to the process pid.
     std::optional<Item> itemOfProcess(qint64 pid) const;
 

@@ -1,0 +1,197 @@
+#include "desktop/desktoptest.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QImage>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QTest>
+
+namespace {
+
+// Where the window's parts lie, from its top-left corner, under the default style and fonts: the toolbar
+// below the menu bar, and the table below the toolbar and the 112 px preview box.
+constexpr int toolbarMiddle = 38;
+constexpr int tableTop = 170;
+constexpr int rowHeight = 84;
+
+const QString meeting = QStringLiteral("Meeting notes for Tuesday");
+const QString linkText = QStringLiteral("http://example.org/quillstash");
+const QString shopping = QStringLiteral("Shopping list: milk, bread, apples");
+// A picture's row shows the kinds of data it holds.
+const QString pictureText = QStringLiteral("[ public.tiff ]");
+
+// A row as the table paints it: its kind of data (0 picture, 1 link, 2 text), its hot key digit and its text.
+QString row(int icon, int digit, const QString &text)
+{
+    return QStringLiteral("icon %1 stamp Ctrl+Alt+%2 text %3").arg(icon).arg(digit).arg(text);
+}
+
+// Pictures for the documentation are made only when a folder is named for them.
+QString shotFile(const char *name)
+{
+    const QString folder = qEnvironmentVariable("QUILLSTASH_SCREENSHOT_DIR");
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(QLatin1String(name));
+}
+
+// A landscape, for a row that shows what a picture looks like.
+QByteArray landscapePng()
+{
+    QImage image(240, 160, QImage::Format_RGB32);
+    QPainter painter(&image);
+    QLinearGradient sky(0, 0, 0, 160);
+    sky.setStops({{0, QColor(90, 150, 230)}, {1, QColor(250, 210, 150)}});
+    painter.fillRect(image.rect(), sky);
+    painter.setBrush(QColor(60, 120, 70));
+    painter.drawPolygon(QPolygon({{0, 160}, {70, 80}, {130, 130}, {190, 90}, {240, 160}}));
+    painter.end();
+    QBuffer png;
+    return png.open(QIODevice::WriteOnly) && image.save(&png, "PNG") ? png.data() : QByteArray();
+}
+
+bool hasRed(const QImage &icon)
+{
+    for (int i = 0; i < icon.width() * icon.height(); ++i) {
+        const QColor c = icon.pixelColor(i % icon.width(), i / icon.width());
+        if (c.alpha() > 128 && c.red() > 150 && c.green() < 100 && c.blue() < 100)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+class WindowTest : public DesktopTest
+{
+protected:
+    // Waits until the table shows exactly these rows.
+    void expectRows(const QStringList &expected)
+    {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return paintedRows() == expected; }, twoTicksMs))
+            << "shown:\n" << paintedRows().join(u'\n').toStdString();
+    }
+    // An xdotool command line, words split at spaces.
+    void xdo(const QString &command) { ASSERT_TRUE(xdotool(command.split(u' '))) << command.toStdString(); }
+    void key(const QString &keys) { xdo("key --delay 50 " + keys); }
+    void click(int x, int y, int button = 1)
+    {
+        xdo(QStringLiteral("mousemove --sync --window %1 %2 %3 click %4").arg(m_window).arg(x).arg(y).arg(button));
+    }
+    void shoot(const char *name, const QRect &area)
+    {
+        if (const QString file = shotFile(name); !file.isEmpty()) {
+            EXPECT_TRUE(screenshot(area, file)) << name;
+        }
+    }
+
+    QString m_window;
+};
+
+// Four copies make four rows with their kind and hot key; Return on a row puts it back on the clipboard
+// without a new capture, Delete removes it, a search narrows the rows and an empty one shows them all,
+// and the compact window is 250 x 160 at the top-left of the full one, which comes back after.
+TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarrowsCompactShrinks)
+{
+    ASSERT_TRUE(startProgram());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !(m_window = windowNamed(QStringLiteral("^Untitled"))).isEmpty(); }, 5000));
+    const QRect full = windowGeometry(m_window);
+    ASSERT_TRUE(full.width() > 250 && full.height() > tableTop + 5 * rowHeight) << "the window is too small for the test";
+
+    // A notice title seen again within a second is dropped: copies go 1.5 s apart.
+    const QByteArray picture = landscapePng();
+    const QList<std::pair<QByteArray, QString>> copies{
+        {meeting.toUtf8(), {}}, {linkText.toUtf8(), {}}, {shopping.toUtf8(), {}}, {picture, QStringLiteral("image/png")}};
+    for (const auto &[data, target] : copies) {
+        ASSERT_TRUE(copy(data, target));
+        QTest::qWait(1500);
+    }
+    ASSERT_TRUE(waitForCaptures(4));
+    EXPECT_EQ(noticesTitled(QStringLiteral("Add to Table")).size(), 4);
+    expectRows({row(2, 3, meeting), row(1, 2, linkText), row(2, 1, shopping), row(0, 0, pictureText)});
+    shoot("main-window.png", full);
+
+    // A click below the rows gives the table the focus; Home selects the top row.
+    xdo("windowfocus --sync " + m_window);
+    click(full.width() / 2, full.height() - 40);
+    key("Home Down Return");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticesTitled(QStringLiteral("Change Pasteboard")).isEmpty(); }, 5000));
+    EXPECT_EQ(read(QStringLiteral("UTF8_STRING")), linkText.toUtf8());
+    ASSERT_TRUE(waitForMoreTicks(2, twoTicksMs));
+    EXPECT_EQ(captures().size(), 4) << "the program captured its own restore";
+    // "Rec Start" alone: with automatic recording on, a restore does not stop it.
+    EXPECT_EQ(noticesTitled(QStringLiteral("Quillstash")).size(), 1) << "restoring stopped recording";
+
+    key("Delete");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticesTitled(QStringLiteral("Remove from Table")).isEmpty(); }, 5000));
+    EXPECT_EQ(noticesTitled(QStringLiteral("Remove from Table")).first().body, linkText);
+    expectRows({row(2, 2, meeting), row(2, 1, shopping), row(0, 0, pictureText)});
+
+    if (const QString file = shotFile("context-menu.png"); !file.isEmpty()) {
+        click(300, tableTop + rowHeight / 2, 3);
+        QTest::qWait(500);
+        EXPECT_TRUE(screenshot(QRect(full.topLeft(), QSize(full.width(), full.height() / 2 + 50)), file));
+        key("Escape");
+    }
+
+    // The search runs on Return, ignores case, and the stamps count the rows shown.
+    click(full.width() - 100, toolbarMiddle);
+    xdo("type --delay 50 MILK");
+    key("Return");
+    expectRows({row(2, 0, shopping)});
+    shoot("search.png", full);
+    key("ctrl+a BackSpace Return");
+    expectRows({row(2, 2, meeting), row(2, 1, shopping), row(0, 0, pictureText)});
+
+    // The View menu's Compact, by keyboard: the toolbar with its button goes with the compact window.
+    key("alt+v Return");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return windowGeometry(m_window).size() == QSize(250, 160); }, 5000));
+    EXPECT_EQ(windowGeometry(m_window), QRect(full.topLeft(), QSize(250, 160)));
+    shoot("compact.png", QRect(full.topLeft(), QSize(250, 160)));
+    key("alt+v Return");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return windowGeometry(m_window) == full; }, 5000));
+    quitProgram();
+}
+
+// The tray item has its tool tip and menu; stopping and starting recording from it is announced, and
+// its picture follows: the "on" picture has red in it, the "off" one has none.
+TEST_F(WindowTest, trayMenuStopsAndStartsRecordingAndTheTrayPictureFollows)
+{
+    ASSERT_TRUE(startProgram());
+    const std::optional<StatusNotifierHost::Item> item = trayItem();
+    ASSERT_TRUE(item);
+    EXPECT_EQ(trayToolTip(), QStringLiteral("Pasteboard stock"));
+    EXPECT_EQ(trayMenu(), (QStringList{"Show Quillstash", "Start Recording", "Stop Recording", "Quit"}));
+    // Recording starts at the first tick.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return hasRed(trayIcon()); }, twoTicksMs)) << "no red in the recording picture";
+    const QImage on = trayIcon();
+    // The recording notices, titled "Quillstash", once there are that many.
+    const auto recNotices = [this](int count) {
+        (void)QTest::qWaitFor([&] { return noticesTitled(QStringLiteral("Quillstash")).size() >= count; }, twoTicksMs);
+        QStringList bodies;
+        for (const NotificationServer::Notice &notice : noticesTitled(QStringLiteral("Quillstash")))
+            bodies.append(notice.body);
+        return bodies;
+    };
+    EXPECT_EQ(recNotices(1), QStringList{"Rec Start"});
+
+    // Notices of one title come at least a second apart, or the later one is dropped.
+    QTest::qWait(1100);
+    const int icons = m_tray->signalCount(*item, QStringLiteral("NewIcon"));
+    ASSERT_TRUE(clickTrayMenu(QStringLiteral("Stop Recording")));
+    EXPECT_EQ(recNotices(2), (QStringList{"Rec Start", "Rec Stop"}));
+    ASSERT_TRUE(m_tray->waitForSignal(*item, QStringLiteral("NewIcon"), icons, twoTicksMs));
+    const QImage off = trayIcon();
+    EXPECT_NE(off, on);
+    EXPECT_FALSE(hasRed(off));
+
+    QTest::qWait(1100);
+    ASSERT_TRUE(clickTrayMenu(QStringLiteral("Start Recording")));
+    EXPECT_EQ(recNotices(3), (QStringList{"Rec Start", "Rec Stop", "Rec Start"}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return trayIcon() == on; }, twoTicksMs));
+    for (const auto &[name, icon] : {std::pair{"tray-recording.png", on}, std::pair{"tray-stopped.png", off}}) {
+        if (const QString file = shotFile(name); !file.isEmpty()) {
+            EXPECT_TRUE(icon.scaled(64, 64, Qt::KeepAspectRatio, Qt::SmoothTransformation).save(file, "PNG"));
+        }
+    }
+    quitProgram();
+}
