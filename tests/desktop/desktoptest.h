@@ -50,16 +50,9 @@ protected:
     bool clearClipboard();
     bool ownClipboard(QMimeData *mime);
     QList<NotificationServer::Notice> noticesTitled(const QString &summary) const;
-    static QByteArray smallPng() { return pngPicture(); }
 
     // The program's tray item, waited for; a failure is reported when it does not come.
-    std::optional<StatusNotifierHost::Item> trayItem();
-    // The tray's view of the program's item: tool tip, icon (null when none), menu labels; empty when no item.
-    QString trayToolTip() { const auto item = trayItem(); return item ? m_tray->toolTip(*item) : QString(); }
-    QImage trayIcon() { const auto item = trayItem(); return item ? m_tray->icon(*item) : QImage(); }
-    QStringList trayMenu() { const auto item = trayItem(); return item ? m_tray->menuLabels(*item) : QStringList(); }
-    // Opens the tray menu and clicks the enabled entry of that label, as a user does.
-    bool clickTrayMenu(const QString &label) { const auto item = trayItem(); return item && m_tray->clickMenuItem(*item, label); }
+    QString trayItem();
 
     // xdotool with these arguments; its output, or nullopt when it fails.
     static std::optional<QString> xdotool(const QStringList &arguments);
@@ -72,8 +65,7 @@ protected:
 
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;
-    // Reset it before startProgram for a desktop without a tray: the program looks for one only at start.
-    std::unique_ptr<StatusNotifierHost> m_tray;
+    StatusNotifierHost m_tray;
 
 private:
     quint32 owner() const;

@@ -19,11 +19,11 @@ using RestoreTest = DesktopTest;
 TEST_F(RestoreTest, aPictureComesBackByteForByteAndInEveryCommonEncodingAndIsNotCapturedAgain)
 {
     // BMP and JPEG drop the alpha.
-    const QImage picture = QImage::fromData(smallPng()).convertToFormat(QImage::Format_RGB32);
+    const QImage picture = QImage::fromData(pngPicture()).convertToFormat(QImage::Format_RGB32);
     QBuffer bmp;
     ASSERT_TRUE(bmp.open(QIODevice::WriteOnly) && picture.save(&bmp, "BMP"));
     const struct { QString format; QByteArray data; QStringList types; } rows[] = {
-        {"image/png", smallPng(), {"public.tiff", "public.png"}},
+        {"image/png", pngPicture(), {"public.tiff", "public.png"}},
         {"image/bmp", bmp.data(), {"public.tiff", "image/bmp"}},
     };
     DesktopPlatform platform;

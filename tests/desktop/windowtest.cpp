@@ -157,13 +157,13 @@ TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarr
 TEST_F(WindowTest, trayMenuStopsAndStartsRecordingAndTheTrayPictureFollows)
 {
     ASSERT_TRUE(startProgram());
-    const std::optional<StatusNotifierHost::Item> item = trayItem();
-    ASSERT_TRUE(item);
-    EXPECT_EQ(trayToolTip(), QStringLiteral("Pasteboard stock"));
-    EXPECT_EQ(trayMenu(), (QStringList{"Show Quillstash", "Start Recording", "Stop Recording", "Quit"}));
+    const QString item = trayItem();
+    ASSERT_FALSE(item.isEmpty());
+    EXPECT_EQ(m_tray.toolTip(item), QStringLiteral("Pasteboard stock"));
+    EXPECT_EQ(m_tray.menuLabels(item), (QStringList{"Show Quillstash", "Start Recording", "Stop Recording", "Quit"}));
     // Recording starts at the first tick.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return hasRed(trayIcon()); }, twoTicksMs)) << "no red in the recording picture";
-    const QImage on = trayIcon();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return hasRed(m_tray.icon(item)); }, twoTicksMs)) << "no red in the recording picture";
+    const QImage on = m_tray.icon(item);
     // The recording notices, titled "Quillstash", once there are that many.
     const auto recNotices = [this](int count) {
         (void)QTest::qWaitFor([&] { return noticesTitled(QStringLiteral("Quillstash")).size() >= count; }, twoTicksMs);
@@ -176,18 +176,18 @@ TEST_F(WindowTest, trayMenuStopsAndStartsRecordingAndTheTrayPictureFollows)
 
     // Notices of one title come at least a second apart, or the later one is dropped.
     QTest::qWait(1100);
-    const int icons = m_tray->signalCount(*item, QStringLiteral("NewIcon"));
-    ASSERT_TRUE(clickTrayMenu(QStringLiteral("Stop Recording")));
+    const int icons = m_tray.newIcons;
+    ASSERT_TRUE(m_tray.clickMenuItem(item, QStringLiteral("Stop Recording")));
     EXPECT_EQ(recNotices(2), (QStringList{"Rec Start", "Rec Stop"}));
-    ASSERT_TRUE(m_tray->waitForSignal(*item, QStringLiteral("NewIcon"), icons, twoTicksMs));
-    const QImage off = trayIcon();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_tray.newIcons > icons; }, twoTicksMs)) << "the tray was not told of the new picture";
+    const QImage off = m_tray.icon(item);
     EXPECT_NE(off, on);
     EXPECT_FALSE(hasRed(off));
 
     QTest::qWait(1100);
-    ASSERT_TRUE(clickTrayMenu(QStringLiteral("Start Recording")));
+    ASSERT_TRUE(m_tray.clickMenuItem(item, QStringLiteral("Start Recording")));
     EXPECT_EQ(recNotices(3), (QStringList{"Rec Start", "Rec Stop", "Rec Start"}));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return trayIcon() == on; }, twoTicksMs));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_tray.icon(item) == on; }, twoTicksMs));
     for (const auto &[name, icon] : {std::pair{"tray-recording.png", on}, std::pair{"tray-stopped.png", off}}) {
         if (const QString file = shotFile(name); !file.isEmpty()) {
             EXPECT_TRUE(icon.scaled(64, 64, Qt::KeepAspectRatio, Qt::SmoothTransformation).save(file, "PNG"));

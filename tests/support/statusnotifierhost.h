@@ -1,96 +1,190 @@
 #pragma once
 
+#include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusContext>
-#include <QHash>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QDateTime>
 #include <QImage>
-#include <QVariantMap>
+#include <QRegularExpression>
+#include <QTest>
+#include <QtEndian>
 
-#include <optional>
-
-class QDBusMessage;
-class QDBusServiceWatcher;
-
-// Plays the desktop's tray on a session bus, as the panel of a StatusNotifier desktop does: owns
-// org.kde.StatusNotifierWatcher, records the items that register, reads their properties and icon, and
-// opens and clicks their menus through com.canonical.dbusmenu. Qt looks for the watcher once, when a
-// program makes its first tray icon: start this before the program.
-class StatusNotifierHost : public QObject, protected QDBusContext
+// Plays the desktop's tray on the session bus, as the panel of a StatusNotifier desktop does: owns
+// org.kde.StatusNotifierWatcher, keeps the items that register (by service; Qt serves each at /StatusNotifierItem),
+// reads their tool tip and icon, and opens and clicks their menus through com.canonical.dbusmenu. Qt looks for the
+// watcher once, when a program makes its first tray icon: start this before the program.
+class StatusNotifierHost : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    // Qt reads these through the introspected interface, so they must be exported as properties.
-    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ registeredItems)
+    // Qt reads it through the introspected interface, so it must be an exported property.
     Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered)
-    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
 
 public:
-    struct Item
+    ~StatusNotifierHost() override { m_bus.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher")); }
+
+    bool start()
     {
-        QString service, path;
-        bool operator==(const Item &) const = default;
-    };
-    struct MenuEntry
+        return m_bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+                                    QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties)
+            && m_bus.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    }
+    bool isHostRegistered() const { return true; }
+
+    // The item whose bus connection belongs to the process pid; empty when none.
+    QString itemOfProcess(qint64 pid) const
     {
-        int id = 0;
-        QVariantMap properties;
-        QList<MenuEntry> children;
-        // The label as shown, without its mnemonic mark.
-        QString label() const { return withoutMnemonic(properties.value(QStringLiteral("label")).toString()); }
-        bool isSeparator() const { return properties.value(QStringLiteral("type")) == QStringLiteral("separator"); }
-    };
+        for (const QString &item : m_items) {
+            if (m_bus.interface()->servicePid(item).value() == pid)
+                return item;
+        }
+        return {};
+    }
+    // (sa(iiay)ss): icon name, icon, title, text. Qt puts the tool tip in the title.
+    QString toolTip(const QString &item) const
+    {
+        const QDBusArgument argument = qvariant_cast<QDBusArgument>(property(item, QStringLiteral("ToolTip")));
+        QString iconName, title;
+        argument.beginStructure();
+        argument >> iconName;
+        largestImage(argument);
+        argument >> title;
+        argument.endStructure();
+        return title;
+    }
+    // The largest picture of IconPixmap; null when the item sends only an IconName.
+    QImage icon(const QString &item) const
+    {
+        return largestImage(qvariant_cast<QDBusArgument>(property(item, QStringLiteral("IconPixmap"))));
+    }
+    // Visible entries of the top level, separators left out, labels as shown.
+    QStringList menuLabels(const QString &item) const
+    {
+        QStringList labels;
+        for (const auto &[id, entry] : menu(item)) {
+            if (entry.value(QStringLiteral("type")) != QStringLiteral("separator") && isSet(entry, "visible"))
+                labels.append(label(entry));
+        }
+        return labels;
+    }
+    // Opens the menu, clicks the visible and enabled top-level entry of that label, closes the menu.
+    bool clickMenuItem(const QString &item, const QString &shown) const
+    {
+        for (const auto &[id, entry] : menu(item)) {
+            if (label(entry) == shown && isSet(entry, "visible") && isSet(entry, "enabled")) {
+                const bool delivered = event(item, id, QStringLiteral("clicked"));
+                event(item, 0, QStringLiteral("closed"));
+                return delivered;
+            }
+        }
+        return false;
+    }
 
-    explicit StatusNotifierHost(const QDBusConnection &bus = QDBusConnection::sessionBus());
-    ~StatusNotifierHost() override;
-
-    bool start();
-
-    // The item whose bus connection belongs to the process pid.
-    std::optional<Item> itemOfProcess(qint64 pid) const;
-
-    // org.kde.StatusNotifierItem properties; an invalid QVariant when the item does not answer.
-    QVariant property(const Item &item, const QString &name) const;
-    QString toolTip(const Item &item) const;
-    // The largest image of IconPixmap; null when the item sends only an IconName.
-    QImage icon(const Item &item) const;
-    // NewIcon, NewToolTip, NewStatus, NewTitle, NewMenu, NewAttentionIcon seen since the item registered.
-    int signalCount(const Item &item, const QString &member) const;
-    bool waitForSignal(const Item &item, const QString &member, int countBefore, int timeoutMs);
-
-    // The menu as a host lays it out when it opens it: AboutToShow, then GetLayout of the whole tree.
-    std::optional<MenuEntry> menu(const Item &item);
-    // Visible entries of the top level, separators left out.
-    QStringList menuLabels(const Item &item);
-    // Opens the menu, clicks the visible and enabled entry of that label (at any depth), closes it.
-    bool clickMenuItem(const Item &item, const QString &label);
-
-    static QString withoutMnemonic(const QString &label);
+    // NewIcon signals of the items since they registered.
+    int newIcons = 0;
 
 public Q_SLOTS:
-    // Qt passes its connection's unique name; libraries of other toolkits pass an object path.
-    void RegisterStatusNotifierItem(const QString &serviceOrPath);
-    void RegisterStatusNotifierHost(const QString &service);
-
-Q_SIGNALS:
-    void StatusNotifierItemRegistered(const QString &item);
-    void StatusNotifierItemUnregistered(const QString &item);
-    void StatusNotifierHostRegistered();
-    void StatusNotifierHostUnregistered();
+    void RegisterStatusNotifierItem(const QString &service)
+    {
+        if (m_items.contains(service))
+            return;
+        m_items.append(service);
+        m_bus.connect(service, QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.kde.StatusNotifierItem"),
+                      QStringLiteral("NewIcon"), this, SLOT(countNewIcon()));
+    }
 
 private Q_SLOTS:
-    void onItemSignal(const QDBusMessage &message);
+    void countNewIcon() { ++newIcons; }
 
 private:
-    QStringList registeredItems() const;
-    bool isHostRegistered() const { return true; }
-    int protocolVersion() const { return 0; }
-    void removeService(const QString &service);
     // Runs the call with the event loop going, so that a program calling back into this process is answered.
-    QDBusMessage call(const QDBusMessage &message) const;
-    QString menuPath(const Item &item) const;
+    // QtDBus ends a call with an error reply at its time-out.
+    QDBusMessage call(const QString &item, const QString &path, const QString &interface, const QString &method,
+                      const QVariantList &arguments) const
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(item, path, interface, method);
+        message.setArguments(arguments);
+        QDBusPendingCall pending = m_bus.asyncCall(message, 5000);
+        return QTest::qWaitFor([&] { return pending.isFinished(); }, 6000) ? pending.reply() : QDBusMessage();
+    }
+    QVariant property(const QString &item, const QString &name) const
+    {
+        const QDBusMessage reply = call(item, QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                        QStringLiteral("Get"), {QStringLiteral("org.kde.StatusNotifierItem"), name});
+        return reply.type() == QDBusMessage::ReplyMessage ? qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant()
+                                                          : QVariant();
+    }
+    QDBusMessage menuCall(const QString &item, const QString &method, const QVariantList &arguments) const
+    {
+        const QString path = qvariant_cast<QDBusObjectPath>(property(item, QStringLiteral("Menu"))).path();
+        return call(item, path, QStringLiteral("com.canonical.dbusmenu"), method, arguments);
+    }
+    // The top level as a host lays it out when it opens the menu, AboutToShow then GetLayout: each entry's
+    // id and properties in order. An entry is (ia{sv}av), its children variants of the same.
+    QList<std::pair<int, QVariantMap>> menu(const QString &item) const
+    {
+        menuCall(item, QStringLiteral("AboutToShow"), {0});
+        const QDBusMessage reply = menuCall(item, QStringLiteral("GetLayout"), {0, -1, QStringList()});
+        const QDBusArgument root = qvariant_cast<QDBusArgument>(reply.arguments().value(1));
+        QList<std::pair<int, QVariantMap>> entries;
+        int id = 0;
+        QVariantMap properties;
+        root.beginStructure();
+        root >> id >> properties;
+        root.beginArray();
+        while (!root.atEnd()) {
+            QDBusVariant child;
+            root >> child;
+            const QDBusArgument entry = qvariant_cast<QDBusArgument>(child.variant());
+            entry.beginStructure();
+            entry >> id >> properties;
+            entry.endStructure();
+            entries.append({id, properties});
+        }
+        root.endArray();
+        root.endStructure();
+        return entries;
+    }
+    bool event(const QString &item, int id, const QString &name) const
+    {
+        return menuCall(item, QStringLiteral("Event"),
+                        {id, name, QVariant::fromValue(QDBusVariant(0)), uint(QDateTime::currentSecsSinceEpoch())})
+                   .type()
+            == QDBusMessage::ReplyMessage;
+    }
+    static bool isSet(const QVariantMap &entry, const char *flag)
+    {
+        return entry.value(QString::fromLatin1(flag), true).toBool();
+    }
+    // dbusmenu marks the mnemonic with '_' and doubles a literal one.
+    static QString label(const QVariantMap &entry)
+    {
+        return entry.value(QStringLiteral("label")).toString().replace(QRegularExpression(QStringLiteral("_(.)")), QStringLiteral("\\1"));
+    }
+    // a(iiay): width, height and ARGB32 pixels in network byte order, one entry per size.
+    static QImage largestImage(const QDBusArgument &argument)
+    {
+        QImage largest;
+        argument.beginArray();
+        while (!argument.atEnd()) {
+            int width = 0, height = 0;
+            QByteArray pixels;
+            argument.beginStructure();
+            argument >> width >> height >> pixels;
+            argument.endStructure();
+            if (width * height <= largest.width() * largest.height() || pixels.size() != qsizetype(width) * height * 4)
+                continue;
+            largest = QImage(width, height, QImage::Format_ARGB32);
+            qFromBigEndian<quint32>(pixels.constData(), qsizetype(width) * height, largest.bits());
+        }
+        argument.endArray();
+        return largest;
+    }
 
-    QDBusConnection m_bus;
-    QDBusServiceWatcher *m_owners;
-    QList<Item> m_items;
-    QHash<QString, int> m_signalCounts; // service + '/' + member
+    QDBusConnection m_bus = QDBusConnection::sessionBus();
+    QStringList m_items;
 };
