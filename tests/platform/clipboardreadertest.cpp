@@ -27,8 +27,9 @@ struct Reading
 {
     explicit Reading(std::chrono::milliseconds timeout, qsizetype maxSnapshotBytes = qsizetype(512) << 20)
         : reader(nullptr, SelectionReader::Limits{timeout, qsizetype(256) << 20, maxSnapshotBytes})
-        , spy(&reader, &ClipboardReader::snapshotRead)
+        , spy((qRegisterMetaType<Items>(), &reader), &ClipboardReader::snapshotRead)
     {
+        EXPECT_EQ(QGuiApplication::platformName(), "xcb") << "run under xvfb-run";
         clock.start();
     }
     // Milliseconds from the reader's start to its first state; -1 for none.
@@ -43,19 +44,9 @@ struct Reading
     QElapsedTimer clock;
 };
 
-class ClipboardReaderTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(QGuiApplication::platformName(), "xcb") << "run under xvfb-run";
-        qRegisterMetaType<Items>();
-    }
-};
-
 // Owners that answer badly: what the state holds and when it comes. The
 // reader reads the display Qt opened, whatever DISPLAY says by then.
-TEST_F(ClipboardReaderTest, StateOfAnOwnerThatAnswersBadly)
+TEST(ClipboardReader, StateOfAnOwnerThatAnswersBadly)
 {
     const QByteArray big(60 * 1024, 'h');
     const struct
@@ -97,7 +88,7 @@ TEST_F(ClipboardReaderTest, StateOfAnOwnerThatAnswersBadly)
 
 // The owner of an INCR transfer goes on sending after the clipboard changed
 // hands: its chunks must reach neither the next state nor anything else.
-TEST_F(ClipboardReaderTest, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
+TEST(ClipboardReader, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
 {
     Reading reading(5000ms);
     ScriptedOwner first({{"text/html", Answer::IncrStall, QByteArray(64 * 1024, 's')}});
@@ -114,7 +105,7 @@ TEST_F(ClipboardReaderTest, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
 
 // Without a descriptor for its wake-up, or for its connection, the reader
 // reads nothing and still goes at once when the program quits.
-TEST_F(ClipboardReaderTest, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
+TEST(ClipboardReader, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
 {
     // The lowest free descriptor: a new one gets that number.
     const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);

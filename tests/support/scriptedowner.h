@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -77,17 +78,15 @@ public:
     // when any of them landed there.
     bool lateAnswerLanded()
     {
-        QList<Pending> pending;
+        QList<std::pair<xcb_selection_request_event_t, QByteArray>> pending;
         {
             const std::lock_guard lock(m_mutex);
             pending.swap(m_pending);
         }
         bool landed = false;
-        for (const Pending &late : std::as_const(pending)) {
-            xcb_generic_error_t *error = xcb_request_check(
-                m_connection, xcb_change_property_checked(m_connection, XCB_PROP_MODE_REPLACE, late.requestor,
-                                                          late.property, late.target, 8, late.rest.size(),
-                                                          late.rest.constData()));
+        for (const auto &[late, rest] : std::as_const(pending)) {
+            xcb_generic_error_t *error = xcb_request_check(m_connection, xcb_change_property_checked(
+                m_connection, XCB_PROP_MODE_REPLACE, late.requestor, late.property, late.target, 8, rest.size(), rest.constData()));
             landed = landed || !error;
             std::free(error);
         }
@@ -95,30 +94,19 @@ public:
     }
 
 private:
-    struct Pending
-    {
-        quint32 requestor;
-        quint32 property;
-        quint32 target;
-        QByteArray rest;
-    };
-
+    template<typename Reply>
+    using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
     quint32 atom(const QByteArray &name)
     {
-        auto *reply = xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, name.size(), name.constData()),
-                                            nullptr);
-        const quint32 value = reply ? reply->atom : XCB_NONE;
-        std::free(reply);
-        return value;
+        const Owned<xcb_intern_atom_reply_t> reply(
+            xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, name.size(), name.constData()), nullptr), &std::free);
+        return reply ? reply->atom : XCB_NONE;
     }
-
     quint32 owner()
     {
-        auto *reply = xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, m_clipboard),
-                                                    nullptr);
-        const quint32 window = reply ? reply->owner : XCB_NONE;
-        std::free(reply);
-        return window;
+        const Owned<xcb_get_selection_owner_reply_t> reply(
+            xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, m_clipboard), nullptr), &std::free);
+        return reply ? reply->owner : XCB_NONE;
     }
 
     void run()
@@ -140,13 +128,8 @@ private:
 
     void answer(const xcb_selection_request_event_t &request)
     {
-        xcb_selection_notify_event_t notify{};
-        notify.response_type = XCB_SELECTION_NOTIFY;
-        notify.time = request.time;
-        notify.requestor = request.requestor;
-        notify.selection = request.selection;
-        notify.target = request.target;
-        notify.property = request.property;
+        xcb_selection_notify_event_t notify{XCB_SELECTION_NOTIFY, 0, 0, request.time, request.requestor,
+                                            request.selection, request.target, request.property};
         const qsizetype index = m_atoms.indexOf(request.target);
         const Format *asked = index < 0 ? nullptr : &m_formats[index];
         const std::lock_guard lock(m_mutex);
@@ -160,14 +143,14 @@ private:
             notify.property = XCB_NONE;
             notify.time = request.time + 1; // owners stamp refusals carelessly
         } else if (asked->answer == Answer::Silent) {
-            m_pending.append({request.requestor, request.property, request.target, asked->data});
+            m_pending.append({request, asked->data});
             return;
         } else if (asked->answer == Answer::IncrStall) {
             // The transfer starts and never sends a chunk.
             const quint32 size = quint32(asked->data.size());
             xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request.requestor, request.property, m_incr, 32,
                                 1, &size);
-            m_pending.append({request.requestor, request.property, request.target, asked->data});
+            m_pending.append({request, asked->data});
         } else {
             xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                                 request.target, 8, asked->data.size(), asked->data.constData());
@@ -181,14 +164,11 @@ private:
     QList<quint32> m_atoms; // of m_formats, in order
     bool m_targetsAsAtoms;
     xcb_connection_t *m_connection;
-    quint32 m_targets = 0;
-    quint32 m_incr = 0;
-    quint32 m_clipboard = 0;
-    quint32 m_window = 0;
+    quint32 m_targets = 0, m_incr = 0, m_clipboard = 0, m_window = 0;
     std::atomic_bool m_owner{false};
     std::atomic_bool m_stop{false};
     mutable std::mutex m_mutex;
     QList<QByteArray> m_asked;
-    QList<Pending> m_pending;
+    QList<std::pair<xcb_selection_request_event_t, QByteArray>> m_pending;
     std::thread m_thread;
 };
