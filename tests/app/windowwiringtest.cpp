@@ -9,7 +9,6 @@
 #include "ui/customtableview.h"
 #include "ui/mainwindow.h"
 #include "ui/menuitems.h"
-#include "ui/searchfield.h"
 #include "ui/statusitem.h"
 
 #include <QAction>
@@ -42,7 +41,7 @@ protected:
 };
 
 // Sounds ask the preference at the moment they play; the tick drives auto-save.
-TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTrayAndDriveSoundsAndAutoSave)
+TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTrayAndDriveSoundsAndAutoSaveAndTheMenuReachesTheCommands)
 {
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_off"));
@@ -79,31 +78,11 @@ TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTrayAndDriveSoundsAndAutoSa
     EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_on")); // until the next tick
     controller.MainTimer();
     EXPECT_EQ(wiring.statusItem().imageName(), QStringLiteral("qs_menu_item_rec_off"));
-}
 
-TEST_F(WindowWiringTest, TableNotificationsMenusAndSearchReachTheCommands)
-{
-    for (const char *text : {"alpha", "beta"}) {
-        pasteboard.setText(QString::fromLatin1(text));
-        controller.paste();
-    }
-    HistoryList &nsac = controller.nsac();
-    nsac.setSelectionIndexes({0});
-    wiring.notificationCenter().postNotificationName(NotificationCenter::retKeyPressedOnTable, &controller);
-    EXPECT_EQ(pasteboard.stringForType(QStringLiteral("NSStringPboardType")), QStringLiteral("alpha"));
-
+    // The menu's Delete and Quit; the table's keys, the search and Compact are driven in the window tests.
+    controller.nsac().setSelectionIndexes({0});
     action(MenuItems::Delete)->trigger();
-    EXPECT_EQ(nsac.arrangedCount(), 1);
-
-    Q_EMIT window.searchField()->searchRequested(QStringLiteral("zzz"));
-    EXPECT_EQ(nsac.arrangedCount(), 0);
-
-    const QRect full = window.geometry();
-    action(MenuItems::Compact)->trigger();
-    EXPECT_EQ(window.geometry().size(), QSize(250, 160));
-    action(MenuItems::Compact)->trigger();
-    EXPECT_EQ(window.geometry(), full);
-
+    EXPECT_EQ(controller.nsac().arrangedCount(), 1);
     action(MenuItems::Quit)->trigger();
     EXPECT_EQ(quits, 1);
 }

@@ -2,7 +2,6 @@
 
 #include "app/controller.h"
 #include "app/desktopplatform.h"
-#include "documents/backupfile.h"
 #include "history/historylist.h"
 #include "platform/pasteboard.h"
 #include "recording/recordingswitch.h"
@@ -60,19 +59,4 @@ TEST_F(RestoreTest, aPictureComesBackByteForByteAndInEveryCommonEncodingAndIsNot
                 EXPECT_EQ(served, picture) << encoding;
         }
     }
-}
-
-// A backup file holds the text once per text type; loaded, they share memory.
-TEST(EntryMemory, anEntryLoadedFromABackupFileKeepsEqualBytesOnce)
-{
-    auto entry = std::make_shared<contents>();
-    entry->setDatas({{QStringLiteral("public.utf8-plain-text"), "same text"}, {QStringLiteral("NSStringPboardType"), "same text"}});
-    qint32 counter = 0;
-    const QList<Entry> loaded = BackupFile::decode(BackupFile::encode({entry}), counter);
-    ASSERT_EQ(loaded.size(), 1);
-    QList<QByteArray> values;
-    for (const auto &[type, data] : loaded.first()->datas())
-        values.append(data);
-    ASSERT_EQ(values, (QList<QByteArray>{"same text", "same text"}));
-    EXPECT_EQ(values[0].constData(), values[1].constData()) << "two buffers for the same text";
 }

@@ -116,8 +116,8 @@ TEST(BackupFile, SeedsHoldTheEntriesTheirNamesPromiseAndAHistoryIsWrittenAsMacOs
 
 // The file keeps only the display string; an entry whose own text cuts to it
 // is found by the same search after an open, and one whose text does not is
-// searched in what the file holds.
-TEST(BackupFile, OpenedEntriesAreSearchedInTheirFullTextWhenTheirDataHoldsIt)
+// searched in what the file holds. The text, held once per text type, is loaded once.
+TEST(BackupFile, OpenedEntriesAreSearchedInTheirFullTextWhenTheirDataHoldsItAndKeepEqualBytesOnce)
 {
     const QString longText = QString(150, u'a') + u" needle"_s;
     const Entry own = textEntry(longText);
@@ -128,4 +128,7 @@ TEST(BackupFile, OpenedEntriesAreSearchedInTheirFullTextWhenTheirDataHoldsIt)
     EXPECT_EQ(loaded[0]->contentOrig(), longText);
     EXPECT_EQ(loaded[0]->content(), QString(140, u'a') + u" ..."_s);
     EXPECT_EQ(loaded[1]->contentOrig(), QString(140, u'a') + u" ..."_s);
+    const QByteArray plain = loaded[0]->datas().value(plainText), string = loaded[0]->datas().value(u"NSStringPboardType"_s);
+    ASSERT_TRUE(plain == longText.toUtf8() && string == plain);
+    EXPECT_EQ(plain.constData(), string.constData()) << "two buffers for the same text";
 }
