@@ -150,11 +150,14 @@ bool DesktopTest::ownClipboard(QMimeData *mime)
     return cleared && QTest::qWaitFor([&] { return owner() != 0; }, waitMs);
 }
 
-QList<NotificationServer::Notice> DesktopTest::noticesTitled(const QString &summary) const
+QStringList DesktopTest::noticeBodies(const QString &summary) const
 {
-    QList<NotificationServer::Notice> titled = m_notices->notices();
-    titled.removeIf([&](const NotificationServer::Notice &notice) { return notice.summary != summary; });
-    return titled;
+    QStringList bodies;
+    for (const NotificationServer::Notice &notice : m_notices->notices()) {
+        if (notice.summary == summary)
+            bodies.append(notice.body);
+    }
+    return bodies;
 }
 
 QString DesktopTest::trayItem()
@@ -176,28 +179,22 @@ std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
 
 QString DesktopTest::windowNamed(const QString &titlePattern)
 {
-    return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), titlePattern})
-        .value_or(QString())
-        .section(u'\n', 0, 0);
+    return xdotool({"search", "--onlyvisible", "--name", titlePattern}).value_or(QString()).section(u'\n', 0, 0);
 }
 
 QRect DesktopTest::windowGeometry(const QString &window)
 {
     // X=, Y=, WIDTH=, HEIGHT= lines.
-    QMap<QString, int> values;
-    for (const QString &line : xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window})
-                                   .value_or(QString())
-                                   .split(u'\n'))
-        values[line.section(u'=', 0, 0)] = line.section(u'=', 1).toInt();
-    return {values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")), values.value(QStringLiteral("WIDTH")),
-            values.value(QStringLiteral("HEIGHT"))};
+    QMap<QString, int> v;
+    for (const QString &line : xdotool({"getwindowgeometry", "--shell", window}).value_or(QString()).split(u'\n'))
+        v[line.section(u'=', 0, 0)] = line.section(u'=', 1).toInt();
+    return {v["X"], v["Y"], v["WIDTH"], v["HEIGHT"]};
 }
 
 bool DesktopTest::screenshot(const QRect &area, const QString &file)
 {
     QProcess import;
-    import.start(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), QStringLiteral("-crop"),
-                                            QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y()),
-                                            QStringLiteral("+repage"), file});
+    import.start("import", {"-window", "root", "-crop",
+                            QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y()), "+repage", file});
     return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
 }

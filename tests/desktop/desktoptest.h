@@ -49,7 +49,8 @@ protected:
     // Qt stamps its writes with the last server time it saw: it must see the clipboard cleared.
     bool clearClipboard();
     bool ownClipboard(QMimeData *mime);
-    QList<NotificationServer::Notice> noticesTitled(const QString &summary) const;
+    // The bodies of the notices of that title, in the order sent.
+    QStringList noticeBodies(const QString &summary) const;
 
     // The program's tray item, waited for; a failure is reported when it does not come.
     QString trayItem();

@@ -3,7 +3,6 @@
 #include <QBuffer>
 #include <QDir>
 #include <QImage>
-#include <QLinearGradient>
 #include <QPainter>
 #include <QTest>
 
@@ -38,10 +37,8 @@ QString shotFile(const char *name)
 QByteArray landscapePng()
 {
     QImage image(240, 160, QImage::Format_RGB32);
+    image.fill(QColor(90, 150, 230));
     QPainter painter(&image);
-    QLinearGradient sky(0, 0, 0, 160);
-    sky.setStops({{0, QColor(90, 150, 230)}, {1, QColor(250, 210, 150)}});
-    painter.fillRect(image.rect(), sky);
     painter.setBrush(QColor(60, 120, 70));
     painter.drawPolygon(QPolygon({{0, 160}, {70, 80}, {130, 130}, {190, 90}, {240, 160}}));
     painter.end();
@@ -51,12 +48,12 @@ QByteArray landscapePng()
 
 bool hasRed(const QImage &icon)
 {
-    for (int i = 0; i < icon.width() * icon.height(); ++i) {
+    bool red = false;
+    for (int i = 0; i < icon.width() * icon.height() && !red; ++i) {
         const QColor c = icon.pixelColor(i % icon.width(), i / icon.width());
-        if (c.alpha() > 128 && c.red() > 150 && c.green() < 100 && c.blue() < 100)
-            return true;
+        red = c.alpha() > 128 && c.red() > 150 && c.green() < 100 && c.blue() < 100;
     }
-    return false;
+    return red;
 }
 
 } // namespace
@@ -88,7 +85,7 @@ protected:
 };
 
 // Four copies make four rows with their kind and hot key; Return on a row puts it back on the clipboard
-// without a new capture, Delete removes it, a search narrows the rows and an empty one shows them all,
+// without a new capture, a picture in every common encoding; Delete removes a row, a search narrows the rows and an empty one shows them all,
 // and the compact window is 250 x 160 at the top-left of the full one, which comes back after.
 TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarrowsCompactShrinks)
 {
@@ -106,7 +103,7 @@ TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarr
         QTest::qWait(1500);
     }
     ASSERT_TRUE(waitForCaptures(4));
-    EXPECT_EQ(noticesTitled(QStringLiteral("Add to Table")).size(), 4);
+    EXPECT_EQ(noticeBodies(QStringLiteral("Add to Table")).size(), 4);
     expectRows({row(2, 3, meeting), row(1, 2, linkText), row(2, 1, shopping), row(0, 0, pictureText)});
     shoot("main-window.png", full);
 
@@ -114,16 +111,27 @@ TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarr
     xdo("windowfocus --sync " + m_window);
     click(full.width() / 2, full.height() - 40);
     key("Home Down Return");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticesTitled(QStringLiteral("Change Pasteboard")).isEmpty(); }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticeBodies(QStringLiteral("Change Pasteboard")).isEmpty(); }, 5000));
     EXPECT_EQ(read(QStringLiteral("UTF8_STRING")), linkText.toUtf8());
     ASSERT_TRUE(waitForMoreTicks(2, twoTicksMs));
     EXPECT_EQ(captures().size(), 4) << "the program captured its own restore";
     // "Rec Start" alone: with automatic recording on, a restore does not stop it.
-    EXPECT_EQ(noticesTitled(QStringLiteral("Quillstash")).size(), 1) << "restoring stopped recording";
+    EXPECT_EQ(noticeBodies(QStringLiteral("Quillstash")), QStringList{"Rec Start"}) << "restoring stopped recording";
 
-    key("Delete");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticesTitled(QStringLiteral("Remove from Table")).isEmpty(); }, 5000));
-    EXPECT_EQ(noticesTitled(QStringLiteral("Remove from Table")).first().body, linkText);
+    // A picture comes back byte for byte, and in every other common encoding.
+    key("Down Down Return");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return noticeBodies(QStringLiteral("Change Pasteboard")).size() == 2; }, 5000));
+    EXPECT_EQ(read(QStringLiteral("image/png")), picture);
+    const QImage landscape = QImage::fromData(picture).convertToFormat(QImage::Format_RGB32);
+    for (const char *encoding : {"tiff", "bmp", "jpeg"}) {
+        const QImage served = QImage::fromData(read(QStringLiteral("image/") + QLatin1String(encoding)), encoding);
+        // JPEG is lossy: its size is all it must keep.
+        EXPECT_EQ(served.convertToFormat(QImage::Format_RGB32).size(), landscape.size()) << encoding;
+        EXPECT_TRUE(qstrcmp(encoding, "jpeg") == 0 || served.convertToFormat(QImage::Format_RGB32) == landscape) << encoding;
+    }
+    key("Up Up Delete");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !noticeBodies(QStringLiteral("Remove from Table")).isEmpty(); }, 5000));
+    EXPECT_EQ(noticeBodies(QStringLiteral("Remove from Table")), QStringList{linkText});
     expectRows({row(2, 2, meeting), row(2, 1, shopping), row(0, 0, pictureText)});
 
     if (const QString file = shotFile("context-menu.png"); !file.isEmpty()) {
@@ -149,6 +157,7 @@ TEST_F(WindowTest, rowsShowKindAndHotKeyAndReturnRestoresDeleteRemovesSearchNarr
     shoot("compact.png", QRect(full.topLeft(), QSize(250, 160)));
     key("alt+v Return");
     ASSERT_TRUE(QTest::qWaitFor([&] { return windowGeometry(m_window) == full; }, 5000));
+    EXPECT_EQ(captures().size(), 4) << "the program captured its own restore";
     quitProgram();
 }
 
@@ -166,11 +175,8 @@ TEST_F(WindowTest, trayMenuStopsAndStartsRecordingAndTheTrayPictureFollows)
     const QImage on = m_tray.icon(item);
     // The recording notices, titled "Quillstash", once there are that many.
     const auto recNotices = [this](int count) {
-        (void)QTest::qWaitFor([&] { return noticesTitled(QStringLiteral("Quillstash")).size() >= count; }, twoTicksMs);
-        QStringList bodies;
-        for (const NotificationServer::Notice &notice : noticesTitled(QStringLiteral("Quillstash")))
-            bodies.append(notice.body);
-        return bodies;
+        (void)QTest::qWaitFor([&] { return noticeBodies(QStringLiteral("Quillstash")).size() >= count; }, twoTicksMs);
+        return noticeBodies(QStringLiteral("Quillstash"));
     };
     EXPECT_EQ(recNotices(1), QStringList{"Rec Start"});
 
