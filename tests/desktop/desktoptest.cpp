@@ -160,14 +160,6 @@ QStringList DesktopTest::noticeBodies(const QString &summary) const
     return bodies;
 }
 
-QString DesktopTest::trayItem()
-{
-    QString item;
-    if (!QTest::qWaitFor([&] { return !(item = m_tray.itemOfProcess(programPid())).isEmpty(); }, waitMs))
-        ADD_FAILURE() << "process " << programPid() << " has no tray item";
-    return item;
-}
-
 std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
 {
     QProcess process;
@@ -175,11 +167,6 @@ std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
     if (!process.waitForFinished(waitMs) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         return std::nullopt;
     return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
-}
-
-QString DesktopTest::windowNamed(const QString &titlePattern)
-{
-    return xdotool({"search", "--onlyvisible", "--name", titlePattern}).value_or(QString()).section(u'\n', 0, 0);
 }
 
 QRect DesktopTest::windowGeometry(const QString &window)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/testpicture.h"
 #include "support/notificationserver.h"
 #include "support/statusnotifierhost.h"
 
@@ -52,13 +51,8 @@ protected:
     // The bodies of the notices of that title, in the order sent.
     QStringList noticeBodies(const QString &summary) const;
 
-    // The program's tray item, waited for; a failure is reported when it does not come.
-    QString trayItem();
-
     // xdotool with these arguments; its output, or nullopt when it fails.
     static std::optional<QString> xdotool(const QStringList &arguments);
-    // The X window id of the first visible window whose title matches the pattern; empty when none.
-    static QString windowNamed(const QString &titlePattern);
     // The window's place and size on the screen (with no window manager, the X window's own).
     static QRect windowGeometry(const QString &window);
     // PNG of that part of the screen, as the X server shows it: popups included.

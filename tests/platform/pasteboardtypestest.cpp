@@ -47,9 +47,8 @@ TEST(PasteboardTypes, ReadingMapsOfferedFormatsToTheProgramsTypes)
     }
 }
 
-// Owners offer one picture under many encodings, each made when asked (GTK
-// fourteen): only PNG and TIFF are read, or else the first encoding, and the
-// picture always ends up with a TIFF.
+// Owners offer one picture under many encodings, each made when asked (GTK fourteen): only PNG and TIFF are read, or
+// else the first encoding, and the picture always ends up with a TIFF.
 TEST(PasteboardTypes, OnePictureIsReadInItsLosslessEncodingsOnly)
 {
     const QStringList gtk = {"TIMESTAMP", "TARGETS", "MULTIPLE", "SAVE_TARGETS", "image/png", "image/jpeg",

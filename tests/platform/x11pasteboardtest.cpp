@@ -16,8 +16,6 @@
 
 namespace {
 
-const QString utf8Text = QStringLiteral("public.utf8-plain-text");
-const QString nsString = QStringLiteral("NSStringPboardType");
 constexpr int settleMs = 3000;
 
 // xclip -o blocks until the owner answers; when the owner is this program,
@@ -42,53 +40,46 @@ protected:
     X11Pasteboard pasteboard;
 };
 
-// Each copy is a new change whose bytes arrive unchanged, and an owner that goes away leaves an empty
-// state. (Text and pictures are copied in the desktop tests.)
-TEST_F(X11PasteboardTest, CopiedFormatsArriveByteForByteUnderTheirTypes)
+// A copy is a new change whose bytes arrive unchanged, and an owner that goes away leaves an empty
+// state. (Text and pictures are copied in the desktop tests, a large binary format below.)
+TEST_F(X11PasteboardTest, CopiedFormatArrivesUnderItsTypeAndGoesWithItsOwner)
 {
-    const struct { const char *target; QByteArray data; QStringList types; } rows[] = {
-        {"text/html", "<p>html</p>", {"public.html"}},
-        {"application/x-quillstash-test", QByteArray("\0\1\xff", 3), {"application/x-quillstash-test"}},
-    };
-    for (const auto &row : rows) {
-        const int before = pasteboard.changeCount();
-        auto owner = std::make_unique<ScriptedOwner>(QList<ScriptedOwner::Format>{{row.target, ScriptedOwner::Answer::Data, row.data}});
-        ASSERT_TRUE(waitForData(pasteboard, row.types.last(), row.data)) << row.target;
-        EXPECT_EQ(pasteboard.types(), row.types) << row.target;
-        EXPECT_GT(pasteboard.changeCount(), before) << row.target;
-        // Qt stamps its own writes with the last server time it saw: it must
-        // see this change too, or the next test's own write is refused.
-        QSignalSpy qtSaw(QGuiApplication::clipboard(), &QClipboard::changed);
-        owner.reset();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.types().isEmpty() && !qtSaw.isEmpty(); }, settleMs));
-    }
+    const int before = pasteboard.changeCount();
+    auto owner = std::make_unique<ScriptedOwner>(
+        QList<ScriptedOwner::Format>{{"text/html", ScriptedOwner::Answer::Data, "<p>html</p>"}});
+    ASSERT_TRUE(waitForData(pasteboard, "public.html", "<p>html</p>"));
+    EXPECT_EQ(pasteboard.types(), QStringList{"public.html"});
+    EXPECT_GT(pasteboard.changeCount(), before);
+    // Qt stamps its own writes with the last server time it saw: it must
+    // see this change too, or the next test's own write is refused.
+    QSignalSpy qtSaw(QGuiApplication::clipboard(), &QClipboard::changed);
+    owner.reset();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pasteboard.types().isEmpty() && !qtSaw.isEmpty(); }, settleMs));
 }
 
+// (Text and pictures are restored in the desktop tests.)
 TEST_F(X11PasteboardTest, OwnStateIsOfferedByteForByteAndNotReadBack)
 {
-    const QByteArray text = "own text \xe2\x9c\x93";
     const QByteArray binary("\0\1\2\xff", 4);
-    const QStringList types{utf8Text, nsString, "public.html", "public.url", "com.example.binary", "quillstash.ignore"};
+    const QStringList types{"public.html", "public.url", "com.example.binary", "quillstash.ignore"};
     const int declared = pasteboard.declareTypes(types);
     EXPECT_EQ(pasteboard.changeCount(), declared);
     EXPECT_FALSE(pasteboard.setData("x", "public.rtf")) << "not declared";
     // QMimeData alone would rewrite the line end of the address.
-    const QByteArray data[] = {text, text, "<i>own</i>", "https://example.com/own\n", binary, ""};
+    const QByteArray data[] = {"<i>own</i>", "https://example.com/own\n", binary, ""};
     for (int i = 0; i < types.size(); ++i)
         EXPECT_TRUE(pasteboard.setData(data[i], types[i]));
     EXPECT_EQ(pasteboard.types(), types);
-    EXPECT_TRUE(readClipboard("TARGETS").split('\n').contains("quillstash.ignore"));
-    const std::pair<const char *, QByteArray> offered[] = {{"UTF8_STRING", text}, {"text/plain", text},
+    const std::pair<const char *, QByteArray> offered[] = {
         {"text/html", "<i>own</i>"}, {"text/uri-list", "https://example.com/own\n"}, {"com.example.binary", binary}};
     for (const auto &[format, bytes] : offered)
         EXPECT_EQ(readClipboard(format), bytes) << format;
 
-    // Changes are read in order: had the reader taken the own state, it would
-    // have counted before the next copy.
+    // Changes are read in order: had the reader taken the own state, it would have counted before the next copy.
     ScriptedOwner owner({{"UTF8_STRING", ScriptedOwner::Answer::Data, "copied after the own state"}});
-    ASSERT_TRUE(waitForData(pasteboard, utf8Text, "copied after the own state"));
+    ASSERT_TRUE(waitForData(pasteboard, "public.utf8-plain-text", "copied after the own state"));
     EXPECT_EQ(pasteboard.changeCount(), declared + 1);
-    EXPECT_FALSE(pasteboard.setData("late", utf8Text)) << "the declared state is gone";
+    EXPECT_FALSE(pasteboard.setData("late", "public.html")) << "the declared state is gone";
 }
 
 // Read on the worker: the GUI thread goes on running its event loop.

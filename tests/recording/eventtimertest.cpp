@@ -6,9 +6,8 @@
 
 namespace {
 
-// Each sound asks the sound preference on its own thread, when it runs, while
-// the preferences window may be switching it (scripts/tsan.sh runs this
-// under ThreadSanitizer).
+// Each sound asks the sound preference on its own thread, when it runs, while the preferences window may be switching
+// it (scripts/tsan.sh runs this under ThreadSanitizer).
 TEST(EventTimer, EachSoundAsksThePreferenceOnItsOwnThread)
 {
     RecordingRig rig;

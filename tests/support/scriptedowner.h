@@ -13,9 +13,8 @@
 #include <mutex>
 #include <thread>
 
-// A clipboard owner that answers as it is told, on a thread and an X
-// connection of its own: with data, a refusal, never, or an INCR transfer
-// that never sends a chunk.
+// A clipboard owner that answers as it is told, on a thread and an X connection of its own: with data, a refusal,
+// never, or an INCR transfer that never sends a chunk.
 class ScriptedOwner
 {
 public:
@@ -27,8 +26,7 @@ public:
         QByteArray data = {};
     };
 
-    // `targetsAsAtoms` false: TARGETS comes back as INTEGER, not ATOM. An
-    // empty display name: the one DISPLAY names.
+    // `targetsAsAtoms` false: TARGETS comes back as INTEGER, not ATOM. An empty display name: the one DISPLAY names.
     explicit ScriptedOwner(QList<Format> formats, bool targetsAsAtoms = true, const QByteArray &display = {})
         : m_formats(std::move(formats))
         , m_targetsAsAtoms(targetsAsAtoms)
@@ -61,8 +59,6 @@ public:
         }
         xcb_disconnect(m_connection);
     }
-    ScriptedOwner(const ScriptedOwner &) = delete;
-    ScriptedOwner &operator=(const ScriptedOwner &) = delete;
 
     bool isOwner() const { return m_owner; }
 
@@ -73,9 +69,8 @@ public:
         return int(m_asked.count(target));
     }
 
-    // Answers every conversion left unanswered (silent ones, stalled INCR
-    // transfers) now, into the window and property the reader named; true
-    // when any of them landed there.
+    // Answers every conversion left unanswered (silent ones, stalled INCR transfers) now, into the window and
+    // property the reader named; true when any of them landed there.
     bool lateAnswerLanded()
     {
         QList<std::pair<xcb_selection_request_event_t, QByteArray>> pending;

@@ -9,7 +9,7 @@ namespace {
 
 using CustomTableViewTest = TableFixture;
 
-// The table posts the keys' notifications for its controller to act on; it acts on none itself.
+// The table posts the keys' notifications for its controller to act on (as the desktop tests see); it acts on none.
 TEST_F(CustomTableViewTest, DeleteKeysAndReturnPostTheirNotificationsAndOtherKeysNothing)
 {
     addTexts(3);
@@ -21,8 +21,6 @@ TEST_F(CustomTableViewTest, DeleteKeysAndReturnPostTheirNotificationsAndOtherKey
         const qsizetype before = posted.size();
         QTest::keyClick(&view, key, modifiers);
         got.append(posted.size() == before ? QStringLiteral("-") : posted.last().at(0).toString());
-        if (posted.size() > before)
-            EXPECT_EQ(posted.last().at(1).value<QObject *>(), &controller);
     }
     EXPECT_EQ(got.join(u' ').toStdString(), "DelKeyPressedOnTable DelKeyPressedOnTable RetKeyPressedOnTable - -");
     EXPECT_EQ(posted.size(), 3);

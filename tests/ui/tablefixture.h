@@ -7,8 +7,6 @@
 #include "ui/notificationcenter.h"
 #include "ui/qsimagecell.h"
 
-#include <QAbstractItemModelTester>
-
 #include <gtest/gtest.h>
 
 // A history table over a history list, wired as the main window wires it.
@@ -36,7 +34,6 @@ protected:
     QPoint rowCenter(int row) const { return view.visualRect(nsac.index(row)).center(); }
 
     HistoryList nsac;
-    QAbstractItemModelTester tester{&nsac, QAbstractItemModelTester::FailureReportingMode::Fatal};
     PreviewCache previews;
     QSImageCell cell{previews};
     NotificationCenter center;

@@ -16,15 +16,8 @@ namespace {
 
 using WindowCtrlTest = WindowFixture;
 
-struct Frame
-{
-    QRect frame;
-    bool remembered;
-};
-
-class CompactTest : public WindowFixture, public ::testing::WithParamInterface<Frame>
-{
-};
+struct Frame { QRect frame; bool remembered; };
+class CompactTest : public WindowFixture, public ::testing::WithParamInterface<Frame> {};
 
 // Only a frame wider than 250 and higher than 160 becomes the one uncompact returns to;
 // compacting twice keeps it, and uncompact returns there even after a move.
@@ -46,16 +39,8 @@ INSTANTIATE_TEST_SUITE_P(Frames, CompactTest,
                          ::testing::Values(Frame{QRect(100, 50, 800, 600), true}, Frame{QRect(200, 80, 250, 400), false},
                                            Frame{QRect(200, 80, 600, 160), false}, Frame{QRect(200, 80, 251, 161), true}));
 
-struct Placement
-{
-    QSize content;
-    QRect box, table, band;
-    bool typesShown;
-};
-
-class PlacementTest : public WindowFixture, public ::testing::WithParamInterface<Placement>
-{
-};
+struct Placement { QSize content; QRect box, table, band; bool typesShown; };
+class PlacementTest : public WindowFixture, public ::testing::WithParamInterface<Placement> {};
 
 TEST_P(PlacementTest, ResizingTheContentViewPlacesBoxTableAndBand)
 {
@@ -64,10 +49,7 @@ TEST_P(PlacementTest, ResizingTheContentViewPlacesBoxTableAndBand)
     EXPECT_EQ(child<QFrame>("mpBox")->geometry(), GetParam().box);
     EXPECT_EQ(child<QWidget>("statusBand")->geometry(), GetParam().band);
     CustomTableView *table = window.mpScrollView();
-    EXPECT_EQ(table->isVisible(), !GetParam().table.isEmpty());
-    if (!GetParam().table.isEmpty()) {
-        EXPECT_EQ(table->geometry(), GetParam().table);
-    }
+    EXPECT_EQ(table->isVisible() ? table->geometry() : QRect(), GetParam().table) << "an empty place: hidden";
     EXPECT_EQ(child<QWidget>("typesColumn")->isVisible(), GetParam().typesShown);
 }
 
