@@ -21,16 +21,7 @@ HistoryList::HistoryList(QObject *parent)
 
 void HistoryList::addObject(const Entry &entry)
 {
-    Q_ASSERT(entry);
-    m_all.append(entry);
-    if (!entry->isImageSet())
-        m_previewPending.append(entry);
-    if (!passes(*entry))
-        return;
-    const int row = int(m_arranged.size());
-    beginInsertRows({}, row, row);
-    m_arranged.append(entry);
-    endInsertRows();
+    addObjects({entry});
 }
 
 void HistoryList::addObjects(const QList<Entry> &entries)
