@@ -8,6 +8,7 @@
 #include "platform/x11/qsettingsuserdefaults.h"
 #include "platform/x11/systemclock.h"
 #include "platform/x11/unitydock.h"
+#include "platform/x11/xcbhotkeys.h"
 #include "platform/x11/x11pasteboard.h"
 #include "platform/x11/xdgloginitems.h"
 
@@ -24,6 +25,7 @@ DesktopPlatform::DesktopPlatform()
     , m_workspace(std::make_unique<DesktopWorkspace>())
     , m_imageFetcher(std::make_unique<NetworkImageFetcher>())
     , m_panels(std::make_unique<QtPanels>())
+    , m_hotKeys(std::make_unique<XcbHotKeys>())
 {
 }
 
@@ -32,6 +34,7 @@ DesktopPlatform::~DesktopPlatform() = default;
 PlatformServices DesktopPlatform::services() const
 {
     return PlatformServices{*m_pasteboard, *m_defaults, *m_loginItems, *m_noticeService, *m_soundPlayer,
-                            *m_dock,       *m_clock,    *m_workspace,  *m_panels,       m_imageFetcher.get(),
+                            *m_dock,       *m_clock,    *m_workspace,  *m_panels,       *m_hotKeys,
+                            m_imageFetcher.get(),
                             QUrl::fromLocalFile(QCoreApplication::applicationFilePath())};
 }

@@ -12,6 +12,7 @@ class QtPanels;
 class QSettingsUserDefaults;
 class SystemClock;
 class UnityDock;
+class XcbHotKeys;
 class X11Pasteboard;
 class XdgLoginItems;
 
@@ -37,4 +38,5 @@ private:
     std::unique_ptr<DesktopWorkspace> m_workspace;
     std::unique_ptr<NetworkImageFetcher> m_imageFetcher;
     std::unique_ptr<QtPanels> m_panels;
+    std::unique_ptr<XcbHotKeys> m_hotKeys;
 };

@@ -1,6 +1,7 @@
 #include "app/hotkeyapplication.h"
 
 #include "app/desktopplatform.h"
+#include "app/hotkeyregistry.h"
 #include "platform/userdefaults.h"
 #include "settings/applicationregistries.h"
 
@@ -40,6 +41,7 @@ void HotKeyApplication::startServices()
     m_platform = std::make_unique<DesktopPlatform>();
     const PlatformServices services = m_platform->services();
     m_registries = std::make_unique<ApplicationRegistries>(services.defaults, services.loginItems, services.appURL);
+    m_hotKeyRegistry = std::make_unique<HotKeyRegistry>(services.hotKeys);
 
     connect(this, &QCoreApplication::aboutToQuit, this, &HotKeyApplication::terminate);
     watchQuitSignals();
@@ -52,11 +54,39 @@ void HotKeyApplication::terminate()
     m_terminated = true;
     if (m_willTerminate)
         m_willTerminate();
-    if (m_registries) {
+    removeObjects();
+    quit();
+}
+
+quintptr HotKeyApplication::registerHotKeyCode(quint32 keyCode, quint64 cocoaModifiers, QObject *target,
+                                               const char *selector)
+{
+    return m_hotKeyRegistry ? m_hotKeyRegistry->registerHotKeyCode(keyCode, cocoaModifiers, target, selector) : 0;
+}
+
+void HotKeyApplication::unregisterHotKey(quintptr hotKeyRef)
+{
+    if (m_hotKeyRegistry)
+        m_hotKeyRegistry->unregisterHotKey(hotKeyRef);
+}
+
+void HotKeyApplication::clearAllHotKey()
+{
+    if (m_hotKeyRegistry)
+        m_hotKeyRegistry->clearAllHotKey();
+}
+
+void HotKeyApplication::removeObjects()
+{
+    if (m_hotKeyRegistry) {
+        m_hotKeyRegistry->clearAllHotKey();
+        m_hotKeyRegistry.reset();
+    }
+    if (m_registries && !m_registriesWritten) {
+        m_registriesWritten = true;
         m_registries->writeRegistry();
         m_platform->services().defaults.synchronize();
     }
-    quit();
 }
 
 // SIGINT and SIGTERM (Ctrl+C in a terminal, the session ending) quit through

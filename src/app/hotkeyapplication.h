@@ -7,9 +7,11 @@
 
 class ApplicationRegistries;
 class DesktopPlatform;
+class HotKeyRegistry;
 
 // The application object: brings up the desktop services and the preferences
-// store before anything else, and writes the preferences back as it quits.
+// store before anything else, owns the global hot keys, and as it quits
+// releases them and writes the preferences back.
 class HotKeyApplication : public QApplication
 {
     Q_OBJECT
@@ -32,11 +34,24 @@ public:
     // Ends the program the orderly way: preferences written, then quit.
     void terminate();
 
+    // Global hot keys (see HotKeyRegistry). A press calls `selector`, a slot
+    // or invokable method of `target` without argument. Returns 0 when the
+    // desktop refuses the combination, and before startServices().
+    quintptr registerHotKeyCode(quint32 keyCode, quint64 cocoaModifiers, QObject *target, const char *selector);
+    void unregisterHotKey(quintptr hotKeyRef);
+    void clearAllHotKey();
+    // Releases every hot key and writes the preferences; later calls do nothing.
+    void removeObjects();
+
 private:
     void watchQuitSignals();
 
     std::unique_ptr<DesktopPlatform> m_platform;
     std::unique_ptr<ApplicationRegistries> m_registries;
+    std::unique_ptr<HotKeyRegistry> m_hotKeyRegistry;
+    // The controller keeps using the preferences store until it is destroyed,
+    // so removeObjects() writes it once and leaves it in place.
+    bool m_registriesWritten = false;
     std::function<void()> m_willTerminate;
     bool m_terminated = false;
 };

@@ -4,6 +4,7 @@
 
 class Clock;
 class Dock;
+class HotKeys;
 class ImageFetcher;
 class LoginItems;
 class NoticeService;
@@ -26,6 +27,7 @@ struct PlatformServices
     Clock &clock;
     Workspace &workspace;
     Panels &panels;
+    HotKeys &hotKeys;
     ImageFetcher *imageFetcher = nullptr;
     QUrl appURL;
 };

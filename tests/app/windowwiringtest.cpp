@@ -1,6 +1,7 @@
 #include "app/controller.h"
 #include "app/windowwiring.h"
 #include "history/historylist.h"
+#include "platform/fake/fakehotkeys.h"
 #include "platform/fake/fakeimagefetcher.h"
 #include "platform/fake/fakepanels.h"
 #include "platform/fake/fakepasteboard.h"
@@ -28,8 +29,9 @@ protected:
     FakeWorkspace workspace;
     FakePanels panels;
     FakeImageFetcher fetcher;
+    FakeHotKeys hotKeys;
     Controller controller{PlatformServices{pasteboard, rig.defaults, rig.loginItems, rig.noticeService,
-                                           rig.soundPlayer, rig.dock, rig.clock, workspace, panels, &fetcher,
+                                           rig.soundPlayer, rig.dock, rig.clock, workspace, panels, hotKeys, &fetcher,
                                            QUrl::fromLocalFile(QStringLiteral("/usr/bin/quillstash"))},
                           rig.registries};
     int quits = 0;

@@ -1,0 +1,110 @@
+#include "platform/x11/xcbhotkeys.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QTest>
+
+#include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+constexpr quint32 carbon1 = 0x12, carbon2 = 0x13, carbon3 = 0x14;
+constexpr quint32 optionCommand = 0x0900; // Ctrl+Alt here
+
+void xdotool(const QStringList &arguments)
+{
+    ASSERT_EQ(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
+}
+
+struct HotKeysUnderTest
+{
+    HotKeysUnderTest()
+    {
+        EXPECT_EQ(QGuiApplication::platformName(), "xcb") << "run under xvfb-run";
+        hotKeys.setPressHandler([this](quint32 handle) { presses.append(handle); });
+    }
+    // True once the handle's press came.
+    bool pressOf(quint32 handle)
+    {
+        return QTest::qWaitFor([&] { return presses.contains(handle); }, 5000);
+    }
+
+    XcbHotKeys hotKeys;
+    QList<quint32> presses;
+};
+
+// Another X client, on a connection of its own.
+struct OtherClient
+{
+    OtherClient()
+        : connection(xcb_connect(nullptr, nullptr), xcb_disconnect)
+        , root(xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root)
+    {
+        xcb_key_symbols_t *symbols = xcb_key_symbols_alloc(connection.get());
+        for (const char digit : {'1', '2'}) {
+            xcb_keycode_t *codes = xcb_key_symbols_get_keycode(symbols, digit);
+            keyCodes.append(codes[0]);
+            free(codes);
+        }
+        xcb_key_symbols_free(symbols);
+    }
+    // False when the server refuses the grab (BadAccess).
+    bool grab(char digit, quint16 extraModifiers = 0)
+    {
+        const auto cookie = xcb_grab_key_checked(connection.get(), 1, root,
+                                                 XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | extraModifiers,
+                                                 keyCodes.at(digit - '1'), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_generic_error_t *error = xcb_request_check(connection.get(), cookie);
+        free(error);
+        return !error;
+    }
+
+    std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t *)> connection;
+    xcb_window_t root;
+    QList<xcb_keycode_t> keyCodes;
+};
+
+TEST(XcbHotKeys, CtrlAlt1FiresWithAndWithoutNumLockAndUngrabGivesItBack)
+{
+    HotKeysUnderTest test;
+    const std::optional<quint32> handle = test.hotKeys.grab(carbon1, optionCommand, 0);
+    ASSERT_TRUE(handle);
+
+    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+1")});
+    EXPECT_TRUE(test.pressOf(*handle));
+    test.presses.clear();
+    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+2"), QStringLiteral("alt+1")});
+    xdotool({QStringLiteral("key"), QStringLiteral("Num_Lock")});
+    const auto numLockOff = qScopeGuard([] { xdotool({QStringLiteral("key"), QStringLiteral("Num_Lock")}); });
+    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+1")});
+    EXPECT_TRUE(test.pressOf(*handle));
+    EXPECT_EQ(test.presses, QList<quint32>{*handle}) << "other combinations, and releases, fire nothing";
+
+    OtherClient other;
+    EXPECT_FALSE(other.grab('1', XCB_MOD_MASK_2));
+    test.hotKeys.ungrab(*handle);
+    EXPECT_TRUE(other.grab('1'));
+    EXPECT_TRUE(other.grab('1', XCB_MOD_MASK_2 | XCB_MOD_MASK_LOCK));
+}
+
+TEST(XcbHotKeys, CombinationHeldByAnotherClientIsRefusedWhileOthersWork)
+{
+    OtherClient other;
+    ASSERT_TRUE(other.grab('2'));
+    HotKeysUnderTest test;
+    EXPECT_FALSE(test.hotKeys.grab(carbon2, optionCommand, 0));
+    EXPECT_TRUE(other.grab('2', XCB_MOD_MASK_2)) << "the Num Lock variant taken on the way is given back";
+
+    const std::optional<quint32> handle = test.hotKeys.grab(carbon3, optionCommand, 1);
+    ASSERT_TRUE(handle);
+    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+3")});
+    EXPECT_TRUE(test.pressOf(*handle));
+}
+
+} // namespace
