@@ -152,47 +152,14 @@ void HistoryList::setFilterString(const QString &text)
         qsizetype first, last;
         QList<Entry> entries;
     };
-    // The search runs once per entry; a second walk over the results finds
-    // the runs only when there are few enough to tell the views row by row.
+    // The search runs once per entry, on every core, before the walk.
     std::vector<char> passing(size_t(m_all.size()));
     findPassing(passing);
 
-    qsizetype runCount = 0;
-    bool inRun = false;
-    bool runInserts = false;
-    qsizetype arranged = 0;
-    for (qsizetype i = 0; i < m_all.size(); ++i) {
-        const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == m_all.at(i);
-        arranged += shown;
-        const bool differs = shown != passing[size_t(i)];
-        // A run of rows that go continues over rows that stay hidden; any
-        // shown row ends it, as does a row of the other kind.
-        if (differs && (!inRun || runInserts != passing[size_t(i)]))
-            ++runCount;
-        if (differs) {
-            inRun = true;
-            runInserts = passing[size_t(i)];
-        } else if (shown || passing[size_t(i)]) {
-            inRun = false;
-        }
-    }
-    if (runCount > maxRuns) {
-        const QList<Entry> selected = selectedObjects();
-        beginResetModel();
-        m_arranged.clear();
-        for (qsizetype i = 0; i < m_all.size(); ++i) {
-            if (passing[size_t(i)])
-                m_arranged.append(m_all.at(i));
-        }
-        endResetModel();
-        select(selected);
-        return;
-    }
-
     QList<Run> runs;
     qsizetype row = 0;
-    arranged = 0;
-    for (qsizetype i = 0; i < m_all.size(); ++i) {
+    qsizetype arranged = 0;
+    for (qsizetype i = 0; i < m_all.size() && runs.size() <= maxRuns; ++i) {
         const Entry &entry = m_all.at(i);
         const bool shown = arranged < m_arranged.size() && m_arranged.at(arranged) == entry;
         arranged += shown;
@@ -207,6 +174,19 @@ void HistoryList::setFilterString(const QString &text)
                 runs.last().entries.append(entry);
         }
         row += passes;
+    }
+    // Past that many runs the walk stopped: one reset tells the views.
+    if (runs.size() > maxRuns) {
+        const QList<Entry> selected = selectedObjects();
+        beginResetModel();
+        m_arranged.clear();
+        for (qsizetype i = 0; i < m_all.size(); ++i) {
+            if (passing[size_t(i)])
+                m_arranged.append(m_all.at(i));
+        }
+        endResetModel();
+        select(selected);
+        return;
     }
     for (const Run &run : std::as_const(runs)) {
         if (run.insert) {
