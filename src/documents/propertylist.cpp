@@ -68,6 +68,22 @@ PlistPtr parse(QByteArrayView bytes)
     return PlistPtr(root);
 }
 
+// libplist's binary reader keeps a dictionary key as it finds it, NUL bytes
+// included, and then asserts when such a key's text is asked for: a damaged
+// file would end the program. Its XML reader makes no such keys, so a binary
+// dictionary is read through its XML form.
+PlistPtr parseDictionary(QByteArrayView bytes)
+{
+    PlistPtr root = parse(bytes);
+    if (!root || !bytes.startsWith("bplist"))
+        return root;
+    char *xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(root.get(), &xml, &length);
+    const std::unique_ptr<char, decltype(&plist_to_xml_free)> xmlGuard(xml, &plist_to_xml_free);
+    return xml ? parse(QByteArrayView(xml, length)) : PlistPtr();
+}
+
 } // namespace
 
 QByteArray PropertyList::fromStringList(const QStringList &strings)
@@ -131,7 +147,7 @@ std::optional<QStringList> PropertyList::toStringList(QByteArrayView plist)
 
 std::optional<contents::Datas> PropertyList::toDatas(QByteArrayView plist)
 {
-    const PlistPtr root = parse(plist);
+    const PlistPtr root = parseDictionary(plist);
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
         return std::nullopt;
     plist_dict_iter iter = nullptr;

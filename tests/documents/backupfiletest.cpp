@@ -131,3 +131,14 @@ TEST(BackupFile, OpenedEntriesAreSearchedInTheirFullTextWhenTheirDataHoldsItAndK
     ASSERT_TRUE(plain == longText.toUtf8() && string == plain);
     EXPECT_EQ(plain.constData(), string.constData()) << "two buffers for the same text";
 }
+
+// Found by fuzzing: a binary plist dictionary whose key is not a key made libplist abort the program.
+TEST(BackupFile, DataDictionaryWithAKeyThatIsNoKeyEndsTheLoadInsteadOfAborting)
+{
+    const QByteArray file = QByteArray::fromBase64(
+        "OAAAAAQLc3RyZWFtdHlwZWSB6AOEAUCEhIQITlNTdHJpbmcBhIQITlNPYmplY3QAhYQBKwZiaW5hMXmGRQAAAGJwbGlzdDD/////AAAAAGJsaWMud"
+        "XRmOC1wbGFpbi10ZXh0CAoAAAAAAD8BAQAAAAAAAAACAAAAAAAAAAAAAAAAAAAAI04AAABicGxpc3QwMNEBAl8QAAAAAAAAAAAAAAAAAAAAYWluLXR"
+        "leHRGYmluYXJ5CAIkAAAAAAAAAQEAAAAAAAAAAwAAAAAAAAAAAAAAAAAAACs=");
+    qint32 counter = 0;
+    EXPECT_EQ(BackupFile::decode(file, counter).size(), 1);
+}
