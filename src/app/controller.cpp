@@ -1,6 +1,9 @@
 #include "app/controller.h"
 
+#include "app/hotkeyapplication.h"
 #include "app/ticktimer.h"
+
+#include "commands/keycommands.h"
 
 #include "documents/documentcommands.h"
 #include "history/captureloop.h"
@@ -34,7 +37,16 @@ Controller::Controller(const PlatformServices &services, ApplicationRegistries &
                                    *m_recording, services.workspace, this))
     , m_documents(new DocumentCommands(*m_nsac, m_document, *m_capture, *m_actions, *m_notices, registries,
                                        services.defaults, services.panels, this))
+    , m_phrases(new FixedPhrases({registries, services.defaults, services.pasteboard, *m_capture, *m_nsac, *m_notices,
+                                  *m_eventTimer, services.clock, services.panels, services.imageFetcher},
+                                 this))
+    , m_keyCommands(new KeyCommands({*m_nsac, *m_capture, *m_actions, *m_recording, *m_notices, *m_eventTimer,
+                                     services.pasteboard, *m_phrases},
+                                    this))
 {
+    m_phrases->setTarget([this](quint32 keyCode, quint64 modifiers,
+                                const QByteArray &selector) { return registerHotKey(keyCode, modifiers, selector); },
+                         [this](const QByteArray &selector) { performSelector(selector); });
     gController = this;
     connect(m_capture, &CaptureLoop::scrollBottomRequested, m_actions, &HistoryActions::scrollBottom);
     connect(m_capture, &CaptureLoop::autoSaveDue, this, &Controller::autoSave);
@@ -66,6 +78,34 @@ void Controller::applicationDidFinishLaunching()
     mTimer->start();
     m_notices->setUp();
     m_documents->readLastSavedDirectory();
+    m_keyCommands->registerCommands(
+        [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
+            return registerHotKey(keyCode, modifiers, selector);
+        });
+    setupFixedPhraseMenu();
+}
+
+void Controller::performSelector(const QByteArray &selector)
+{
+    m_keyCommands->perform(selector);
+}
+
+quintptr Controller::registerHotKey(quint32 keyCode, quint64 cocoaModifiers, const QByteArray &selector)
+{
+    if (m_registrar)
+        return m_registrar(keyCode, cocoaModifiers, selector);
+    auto *app = qobject_cast<HotKeyApplication *>(QCoreApplication::instance());
+    return app ? app->registerHotKeyCode(keyCode, cocoaModifiers, this, selector.constData()) : 0;
+}
+
+void Controller::setupFixedPhraseMenu()
+{
+    m_phrases->setupFixedPhraseMenu();
+}
+
+void Controller::changeFont(QObject *)
+{
+    m_phrases->changeFont();
 }
 
 void Controller::MainTimer()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/platformservices.h"
+#include "commands/fixedphrases.h"
 #include "history/contents.h"
 #include "history/documentstate.h"
 
@@ -12,6 +13,7 @@ class ApplicationRegistries;
 class CaptureLoop;
 class DocumentCommands;
 class EventTimer;
+class KeyCommands;
 class HistoryActions;
 class HistoryList;
 class Notices;
@@ -37,6 +39,17 @@ public:
     // What the program does once it has finished launching: status text,
     // recording from the preference, notices, and the one-second tick.
     void applicationDidFinishLaunching();
+
+    // Runs the command a selector names ("_keyEvent_1", "OnFixed_2:", ...):
+    // what a global key or a menu item of the key commands calls.
+    Q_INVOKABLE void performSelector(const QByteArray &selector);
+    // Registers a global key whose presses perform `selector` on this
+    // controller, with the application's hot key registry.
+    quintptr registerHotKey(quint32 keyCode, quint64 cocoaModifiers, const QByteArray &selector);
+    // Replaces the application's registry (tests).
+    void setHotKeyRegistrar(HotKeyRegistrar registrar) { m_registrar = std::move(registrar); }
+    void setupFixedPhraseMenu();
+    void changeFont(QObject *sender = nullptr);
 
     void MainTimer();
     void addPasteboard();
@@ -84,6 +97,8 @@ public:
     Notices &notices() const { return *m_notices; }
     ApplicationRegistries &registries() const { return m_registries; }
     HistoryActions &actions() const { return *m_actions; }
+    KeyCommands &keyCommands() const { return *m_keyCommands; }
+    FixedPhrases &fixedPhrases() const { return *m_phrases; }
 
     // The main window's controller, or null while there is no window.
     WindowCtrl *windowCtrl() const { return mWindowCtrl; }
@@ -100,6 +115,9 @@ private:
     CaptureLoop *m_capture;
     HistoryActions *m_actions;
     DocumentCommands *m_documents;
+    FixedPhrases *m_phrases;
+    KeyCommands *m_keyCommands;
+    HotKeyRegistrar m_registrar;
     TickTimer *mTimer = nullptr;
     WindowCtrl *mWindowCtrl = nullptr;
 };

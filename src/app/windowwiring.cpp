@@ -1,6 +1,7 @@
 #include "app/windowwiring.h"
 
 #include "app/controller.h"
+#include "commands/keycommands.h"
 #include "documents/documentcommands.h"
 #include "history/captureloop.h"
 #include "history/historyactions.h"
@@ -27,6 +28,7 @@ WindowWiring::WindowWiring(Controller &controller, std::function<void()> quit, Q
     , m_window(std::make_unique<MainWindow>())
     , m_cell(new QSImageCell(m_previews, this))
 {
+    m_items->setFixedPhraseMenu(controller.fixedPhrases().mpInsertFixedPhrase());
     m_window->installActions(*m_items);
     m_windowCtrl = new WindowCtrl(m_window.get(), this);
     m_statusItem = new StatusItem(m_items->trayMenu(), this);
@@ -105,6 +107,17 @@ void WindowWiring::connectCommands(std::function<void()> quit)
     bind(MenuItems::ShowWindow, [this](QObject *sender) { m_windowCtrl->open(sender); });
     bind(MenuItems::Restore, [c](QObject *sender) { c->changePasteBoard(sender); });
     bind(MenuItems::OpenLink, [c](QObject *sender) { c->onDoubleClickTable(sender); });
+    bind(MenuItems::ConvertPlainText, [c](QObject *) { c->performSelector("convertUtf8:"); });
+    bind(MenuItems::Font, [c](QObject *sender) { c->changeFont(sender); });
+    for (int n = 0; n < MenuItems::recentCount; ++n) {
+        connect(m_items->recent(n), &QAction::triggered, this,
+                [c, selector = "optcmd_" + QByteArray::number(n) + ':'] { c->performSelector(selector); });
+    }
+    KeyCommands &keys = c->keyCommands();
+    connect(&keys, &KeyCommands::openWindowRequested, m_windowCtrl, [this] { m_windowCtrl->_open(); });
+    connect(&keys, &KeyCommands::closeWindowRequested, m_windowCtrl, [this] { m_windowCtrl->_close(); });
+    connect(&c->fixedPhrases(), &FixedPhrases::contentsFontChanged, m_window->mpScrollView()->viewport(),
+            qOverload<>(&QWidget::update));
 
     QAction *saveAs = m_items->action(MenuItems::SaveAs);
     saveAs->setEnabled(c->documents().isSaveAsEnabled());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QDateTime>
 
 class Clock
 {
@@ -11,4 +11,6 @@ public:
     // microseconds / 1000), cut to 32 bits: it wraps, so only differences
     // taken as unsigned 32-bit numbers are meaningful.
     virtual quint32 GetTickCount() const = 0;
+    // The current date and time, in local time.
+    virtual QDateTime date() const = 0;
 };

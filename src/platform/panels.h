@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QString>
 
 #include <optional>
@@ -22,4 +23,6 @@ public:
     // A warning with one button.
     virtual void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
                           const QString &button) = 0;
+    // The font chooser, starting at the given font; nothing when cancelled.
+    virtual std::optional<QFont> runFontPanel(const QFont &font) = 0;
 };

@@ -36,6 +36,8 @@ public:
         ShowWindow,
         Restore,
         OpenLink,
+        ConvertPlainText,
+        Font,
         Count
     };
 
@@ -43,6 +45,13 @@ public:
     ~MenuItems() override;
 
     QAction *action(Id id) const { return m_actions[id]; }
+    // "Restore Recent": the entry marked n in the table, 0 the newest; the
+    // same as Ctrl+Alt+n.
+    static constexpr int recentCount = 10;
+    QAction *recent(int n) const { return m_recent[n]; }
+    // The fixed-phrase submenu, shown in the Edit menu and the tray menu. It
+    // is not owned; set it before the menu bar is filled.
+    void setFixedPhraseMenu(QMenu *menu);
 
     // File, Edit, View and Recording.
     void fillMenuBar(QMenuBar *bar) const;
@@ -52,6 +61,9 @@ public:
 
 private:
     std::array<QAction *, Count> m_actions{};
+    std::array<QAction *, recentCount> m_recent{};
     std::unique_ptr<QMenu> m_contextMenu;
     std::unique_ptr<QMenu> m_trayMenu;
+    std::unique_ptr<QMenu> m_recentMenu;
+    QMenu *m_fixedPhraseMenu = nullptr;
 };

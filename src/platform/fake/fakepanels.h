@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <functional>
+#include <utility>
 
 // Records every panel and alert asked for and answers panels with the queued
 // choices, in order; with none queued a panel is cancelled.
@@ -45,6 +46,16 @@ public:
             m_whileShown();
     }
 
+    std::optional<QFont> runFontPanel(const QFont &font) override
+    {
+        m_fontsShown.append(font);
+        std::optional<QFont> chosen = std::exchange(m_nextFont, std::nullopt);
+        return chosen;
+    }
+    // The next font panel picks this font; without it the panel is cancelled.
+    void chooseFontNext(const QFont &font) { m_nextFont = font; }
+    const QList<QFont> &fontsShown() const { return m_fontsShown; }
+
     void confirmNext(const QString &filename, const QString &directory)
     {
         m_answers.push_back(Choice{filename, directory});
@@ -73,4 +84,6 @@ private:
     QList<Alert> m_alerts;
     std::deque<std::optional<Choice>> m_answers;
     std::function<void()> m_whileShown;
+    QList<QFont> m_fontsShown;
+    std::optional<QFont> m_nextFont;
 };

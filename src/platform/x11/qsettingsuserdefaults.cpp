@@ -1,5 +1,6 @@
 #include "platform/x11/qsettingsuserdefaults.h"
 
+#include <QLocale>
 #include <QLoggingCategory>
 #include <QSettings>
 
@@ -27,6 +28,10 @@ QSettingsUserDefaults::~QSettingsUserDefaults() = default;
 
 QVariant QSettingsUserDefaults::objectForKey(const QString &key) const
 {
+    // The user's languages, most preferred first, belong to the desktop's
+    // locale settings unless the program's own settings name some.
+    if (key == QLatin1String("AppleLanguages") && !m_settings->contains(key))
+        return QLocale::system().uiLanguages();
     return m_settings->value(key);
 }
 

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -57,4 +58,13 @@ void QtPanels::runAlert(const QString &windowTitle, const QString &message, cons
     box.setInformativeText(informativeText);
     box.setDefaultButton(box.addButton(button, QMessageBox::AcceptRole));
     box.exec();
+}
+
+std::optional<QFont> QtPanels::runFontPanel(const QFont &font)
+{
+    bool ok = false;
+    const QFont chosen = QFontDialog::getFont(&ok, font, QApplication::activeWindow());
+    if (!ok)
+        return std::nullopt;
+    return chosen;
 }

@@ -10,4 +10,5 @@ public:
     std::optional<Choice> runOpenPanel(const QString &directory, const QString &suggestedName) override;
     void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
                   const QString &button) override;
+    std::optional<QFont> runFontPanel(const QFont &font) override;
 };

@@ -10,3 +10,8 @@ quint32 SystemClock::GetTickCount() const
     return static_cast<quint32>(static_cast<quint64>(now.tv_sec) * 1000u
                                 + static_cast<quint64>(now.tv_usec) / 1000u);
 }
+
+QDateTime SystemClock::date() const
+{
+    return QDateTime::currentDateTime();
+}

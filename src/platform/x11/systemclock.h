@@ -6,4 +6,5 @@ class SystemClock : public Clock
 {
 public:
     quint32 GetTickCount() const override;
+    QDateTime date() const override;
 };
