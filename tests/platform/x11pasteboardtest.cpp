@@ -62,7 +62,7 @@ TEST_F(X11PasteboardTest, OwnStateIsOfferedByteForByteAndNotReadBack)
 {
     const QByteArray binary("\0\1\2\xff", 4);
     const QStringList types{"public.html", "public.url", "com.example.binary", "quillstash.ignore"};
-    const int declared = pasteboard.declareTypes(types);
+    int declared = pasteboard.declareTypes(types);
     EXPECT_EQ(pasteboard.changeCount(), declared);
     EXPECT_FALSE(pasteboard.setData("x", "public.rtf")) << "not declared";
     // QMimeData alone would rewrite the line end of the address.
@@ -74,6 +74,11 @@ TEST_F(X11PasteboardTest, OwnStateIsOfferedByteForByteAndNotReadBack)
         {"text/html", "<i>own</i>"}, {"text/uri-list", "https://example.com/own\n"}, {"com.example.binary", binary}};
     for (const auto &[format, bytes] : offered)
         EXPECT_EQ(readClipboard(format), bytes) << format;
+    // One text format carries both text types.
+    declared = pasteboard.declareTypes({"public.utf8-plain-text", "quillstash.ignore"});
+    pasteboard.setData("own text", "public.utf8-plain-text");
+    EXPECT_EQ(pasteboard.types(), (QStringList{"public.utf8-plain-text", "NSStringPboardType", "quillstash.ignore"}));
+    EXPECT_EQ(pasteboard.dataForType("NSStringPboardType"), "own text");
 
     // Changes are read in order: had the reader taken the own state, it would have counted before the next copy.
     ScriptedOwner owner({{"UTF8_STRING", ScriptedOwner::Answer::Data, "copied after the own state"}});

@@ -2,6 +2,7 @@
 
 #include "platform/hotkeys.h"
 
+#include <QHash>
 #include <QList>
 #include <QSet>
 
@@ -24,6 +25,7 @@ public:
     const QList<Grab> &grabs() const { return m_grabs; }
     // Handles currently held.
     const QSet<quint32> &held() const { return m_held; }
+    // A combination this program holds already is refused too.
     // Later grabs of this combination are refused, as if another program held it.
     void refuse(quint32 carbonKeyCode, quint32 carbonModifiers);
     // Reports a press of the grab, as the desktop would.
@@ -33,5 +35,6 @@ private:
     QList<Grab> m_grabs;
     QSet<quint32> m_held;
     QSet<quint64> m_refused;
+    QHash<quint32, quint64> m_combinations; // of the held handles
     quint32 m_nextHandle = 0x1000;
 };

@@ -2,6 +2,7 @@
 
 #include "platform/x11/clipboardreader.h"
 #include "platform/x11/offeredmimedata.h"
+#include "platform/pasteboardtype.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -25,6 +26,14 @@ int X11Pasteboard::declareTypes(const QStringList &types)
     m_reader->noteOwnWrite();
 
     m_types = types;
+    // Both text types are the one text format here, and reading it gives
+    // both: the state as published lists the missing one beside the other.
+    const qsizetype utf8 = m_types.indexOf(PasteboardType::Utf8PlainText);
+    const qsizetype string = m_types.indexOf(PasteboardType::String);
+    if (utf8 >= 0 && string < 0)
+        m_types.insert(utf8 + 1, PasteboardType::String);
+    else if (string >= 0 && utf8 < 0)
+        m_types.insert(string, PasteboardType::Utf8PlainText);
     m_data.clear();
     m_declaredChangeCount = ++m_changeCount;
     return m_changeCount;
@@ -35,6 +44,10 @@ bool X11Pasteboard::setData(const QByteArray &data, const QString &type)
     if (m_changeCount != m_declaredChangeCount || !m_types.contains(type))
         return false;
     m_data.insert(type, data);
+    if (type == PasteboardType::Utf8PlainText || type == PasteboardType::String) {
+        m_data.insert(PasteboardType::Utf8PlainText, data);
+        m_data.insert(PasteboardType::String, data);
+    }
     // Qt hands the data out only when another program asks, so filling the
     // offered formats now still reaches every reader.
     if (m_offered)
