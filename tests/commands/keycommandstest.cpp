@@ -10,62 +10,37 @@ namespace {
 const QString plainType = QStringLiteral("public.utf8-plain-text");
 const QString ignoreType = QStringLiteral("quillstash.ignore");
 
-struct Registration
-{
-    quint32 keyCode;
-    quint64 modifiers;
-    QByteArray selector;
-    bool operator==(const Registration &) const = default;
-};
-
-void PrintTo(const Registration &r, std::ostream *os) { *os << r.keyCode << '/' << std::hex << r.modifiers << '/' << r.selector.constData(); }
-
 class KeyCommandsTest : public HistoryFixture
 {
 protected:
-    KeyCommandsTest()
-    {
-        const auto registrar = [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
-            registrations.append({keyCode, modifiers, selector});
-            return quintptr(registrations.size());
-        };
-        phrases.setTarget(registrar, [this](const QByteArray &selector) { keys.perform(selector); });
-    }
+    KeyCommandsTest() { phrases.setTarget(registrar, [this](const QByteArray &selector) { keys.perform(selector); }); }
     void addTexts(const QStringList &list)
     {
         for (const QString &text : list)
             nsac.addObject(textEntry(text));
     }
     QString clipboardText() const { return QString::fromUtf8(pasteboard.dataForType(plainType)); }
-    // Each item of the phrase menu as "title|shortcut".
-    QStringList menuItems() const
-    {
-        QStringList items;
-        for (const QAction *item : phrases.mpInsertFixedPhrase()->actions())
-            items << item->text() + u'|' + item->shortcut().toString();
-        return items;
-    }
 
     FakePanels panels;
     FixedPhrases phrases{{registries, defaults, pasteboard, capture, nsac, notices, eventTimer, clock, panels, &fetcher}};
     KeyCommands keys{{nsac, capture, actions, recording, notices, eventTimer, pasteboard, phrases}};
-    QList<Registration> registrations;
+    // Each registration as "key code/modifiers in hex/selector".
+    QStringList registrations;
+    HotKeyRegistrar registrar = [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
+        registrations << QStringLiteral("%1/%2/%3").arg(keyCode).arg(modifiers, 0, 16).arg(QString::fromLatin1(selector));
+        return quintptr(0);
+    };
 };
 
 TEST_F(KeyCommandsTest, SeventeenCtrlAltKeysAreRegisteredInTheirOrderAndEverySelectorReachesItsCommand)
 {
-    keys.registerCommands([this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
-        registrations.append({keyCode, modifiers, selector});
-        return quintptr(0); // refused: nothing depends on it
-    });
-    const QList<std::pair<quint32, const char *>> expected = {
-        {3, "_keyEvent_F"},  {5, "_keyEvent_G"},  {14, "_keyEvent_E"}, {0, "_keyEvent_A"},  {1, "_keyEvent_S"},
-        {8, "_keyEvent_C"},  {35, "_keyEvent_P"}, {18, "_keyEvent_1"}, {19, "_keyEvent_2"}, {20, "_keyEvent_3"},
-        {21, "_keyEvent_4"}, {23, "_keyEvent_5"}, {22, "_keyEvent_6"}, {26, "_keyEvent_7"}, {28, "_keyEvent_8"},
-        {25, "_keyEvent_9"}, {29, "_keyEvent_0"}};
-    ASSERT_EQ(registrations.size(), expected.size());
-    for (qsizetype i = 0; i < expected.size(); ++i)
-        EXPECT_EQ(registrations.at(i), (Registration{expected.at(i).first, 0x180000, expected.at(i).second}));
+    keys.registerCommands(registrar);
+    EXPECT_EQ(registrations.join(u' '),
+              QStringLiteral("3/180000/_keyEvent_F 5/180000/_keyEvent_G 14/180000/_keyEvent_E 0/180000/_keyEvent_A "
+                             "1/180000/_keyEvent_S 8/180000/_keyEvent_C 35/180000/_keyEvent_P 18/180000/_keyEvent_1 "
+                             "19/180000/_keyEvent_2 20/180000/_keyEvent_3 21/180000/_keyEvent_4 23/180000/_keyEvent_5 "
+                             "22/180000/_keyEvent_6 26/180000/_keyEvent_7 28/180000/_keyEvent_8 25/180000/_keyEvent_9 "
+                             "29/180000/_keyEvent_0"));
 
     int opened = 0, closed = 0;
     QObject::connect(&keys, &KeyCommands::openWindowRequested, [&] { ++opened; });
@@ -147,10 +122,13 @@ TEST_F(KeyCommandsTest, PhraseMenuHoldsTheDateAndTitledPhrasesOnlyAndARebuildKee
     registries.setFixedPhrasContent(QStringLiteral("untitled"), 7);
     phrases.setupFixedPhraseMenu();
     phrases.setupFixedPhraseMenu();
-    EXPECT_EQ(menuItems(), (QStringList{QStringLiteral("date w/time|Ctrl+Alt+Shift+0"),
+    QStringList items; // "title|shortcut"
+    for (const QAction *item : phrases.mpInsertFixedPhrase()->actions())
+        items << item->text() + u'|' + item->shortcut().toString();
+    EXPECT_EQ(items, (QStringList{QStringLiteral("date w/time|Ctrl+Alt+Shift+0"),
                                         QStringLiteral("|Ctrl+Alt+Shift+2"), QStringLiteral("Five|Ctrl+Alt+Shift+5")}));
-    const QList<Registration> once = {{29, 0x1A0000, "OnAddDate:"}, {19, 0x1A0000, "OnFixed_2:"}, {23, 0x1A0000, "OnFixed_5:"}};
-    EXPECT_EQ(registrations, once + once);
+    EXPECT_EQ(registrations.join(u' '), QStringLiteral("29/1a0000/OnAddDate: 19/1a0000/OnFixed_2: 23/1a0000/OnFixed_5: "
+                                                       "29/1a0000/OnAddDate: 19/1a0000/OnFixed_2: 23/1a0000/OnFixed_5:"));
 
     registries.setFixedPhrasContent(QStringLiteral("High five"), 5);
     phrases.mpInsertFixedPhrase()->actions().at(2)->trigger();
