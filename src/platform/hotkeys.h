@@ -19,7 +19,8 @@ public:
 
     // Takes the combination for this program. The handle names the grab in
     // ungrab() and in presses; nullopt when the desktop refuses it (another
-    // program holds it, or the key is not on the keyboard). hotKeyId is the
+    // program holds it, or the key is not on the keyboard) and when this
+    // program holds it already, until that grab is given up. hotKeyId is the
     // caller's own number for the registration.
     virtual std::optional<quint32> grab(quint32 carbonKeyCode, quint32 carbonModifiers, quint32 hotKeyId) = 0;
     virtual void ungrab(quint32 handle) = 0;

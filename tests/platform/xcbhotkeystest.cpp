@@ -1,5 +1,8 @@
 #include "platform/x11/xcbhotkeys.h"
 
+#include "platform/x11/xcbpointer.h"
+
+#include <QAbstractNativeEventFilter>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScopeGuard>
@@ -10,11 +13,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
+#include <utility>
 
 namespace {
 
-constexpr quint32 carbon1 = 0x12, carbon2 = 0x13, carbon3 = 0x14;
+constexpr quint32 carbon1 = 0x12, carbon2 = 0x13, carbon3 = 0x14, carbonZ = 0x06, carbonY = 0x10;
 constexpr quint32 optionCommand = 0x0900; // Ctrl+Alt here
 
 void xdotool(const QStringList &arguments)
@@ -37,6 +42,31 @@ struct HotKeysUnderTest
 
     XcbHotKeys hotKeys;
     QList<quint32> presses;
+};
+
+// Switches the keyboard layout and waits until the hot keys have seen the
+// switch: made before them, this filter sees each event after theirs.
+struct LayoutSwitch : QAbstractNativeEventFilter
+{
+    LayoutSwitch() { QCoreApplication::instance()->installNativeEventFilter(this); }
+    ~LayoutSwitch() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
+    bool nativeEventFilter(const QByteArray &, void *message, qintptr *) override
+    {
+        const auto *event = static_cast<const quint8 *>(message);
+        seen = seen || ((event[0] & 0x7F) == xkb->first_event && event[1] == 0); // NewKeyboardNotify
+        return false;
+    }
+    void to(const QString &layout)
+    {
+        seen = false;
+        ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), {layout}), 0);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return seen; }, 5000)) << qPrintable(layout);
+    }
+
+    xcb_connection_t *connection = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    const XcbPtr<xcb_query_extension_reply_t> xkb{
+        xcb_query_extension_reply(connection, xcb_query_extension(connection, 9, "XKEYBOARD"), nullptr)};
+    bool seen = false;
 };
 
 // Another X client, on a connection of its own.
@@ -105,6 +135,35 @@ TEST(XcbHotKeys, CombinationHeldByAnotherClientIsRefusedWhileOthersWork)
     ASSERT_TRUE(handle);
     xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+3")});
     EXPECT_TRUE(test.pressOf(*handle));
+}
+
+// Ctrl+Alt+Z, +Y and +1 stay on the keys that type Z, Y and 1, which swap
+// places in German and French; Russian keeps the US places for letters. Taken
+// a second time, a combination is refused until the first grab is given up.
+TEST(XcbHotKeys, GrabsFollowTheLayoutAndAreNotTakenTwice)
+{
+    LayoutSwitch layout;
+    HotKeysUnderTest test;
+    const auto usAgain = qScopeGuard([] { QProcess::execute(QStringLiteral("setxkbmap"), {QStringLiteral("us")}); });
+    const quint32 carbonKeys[] = {carbonZ, carbonY, carbon1};
+    QList<quint32> handles;
+    for (const quint32 carbonKey : carbonKeys)
+        handles.append(test.hotKeys.grab(carbonKey, optionCommand, 0).value_or(0));
+    ASSERT_FALSE(handles.contains(0));
+    const std::pair<const char *, std::array<int, 3>> cases[] = { // the key codes of Z, Y and 1
+        {"de", {29, 52, 10}}, {"fr", {25, 29, 10}}, {"ru", {52, 29, 10}}, {"us", {52, 29, 10}}};
+    for (const auto &[name, keyCodes] : cases) {
+        layout.to(QLatin1String(name));
+        test.presses.clear();
+        for (int i = 0; i < 3; ++i) {
+            xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+%1").arg(keyCodes[i])}); // a key code
+            EXPECT_TRUE(test.pressOf(handles[i])) << name << " key " << keyCodes[i];
+            EXPECT_FALSE(test.hotKeys.grab(carbonKeys[i], optionCommand, 1)) << name;
+        }
+        EXPECT_EQ(test.presses, handles) << name;
+    }
+    test.hotKeys.ungrab(handles[0]);
+    EXPECT_TRUE(test.hotKeys.grab(carbonZ, optionCommand, 2));
 }
 
 } // namespace

@@ -4,10 +4,13 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QList>
 
 #include <xcb/xcb_keysyms.h>
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -16,20 +19,47 @@ namespace {
 constexpr quint16 numLockMask = XCB_MOD_MASK_2;
 constexpr std::array<quint16, 4> lockVariants{0, XCB_MOD_MASK_LOCK, numLockMask, XCB_MOD_MASK_LOCK | numLockMask};
 
-// Carbon virtual key codes of the US layout, for the keys the program uses:
-// the letters and the digits of the main block.
-xcb_keysym_t keySymFor(quint32 carbonKeyCode)
+// Carbon virtual key codes name places on a US keyboard. For the keys the
+// program uses, the letters and the digits of the main block, each has the
+// symbol it types there and the X key code of that place (the same under the
+// evdev and the older kbd key codes).
+struct UsKey
 {
-    static const QHash<quint32, xcb_keysym_t> keySyms{
-        {0x00, 'a'}, {0x01, 's'}, {0x02, 'd'}, {0x03, 'f'}, {0x04, 'h'}, {0x05, 'g'}, {0x06, 'z'},
-        {0x07, 'x'}, {0x08, 'c'}, {0x09, 'v'}, {0x0B, 'b'}, {0x0C, 'q'}, {0x0D, 'w'}, {0x0E, 'e'},
-        {0x0F, 'r'}, {0x10, 'y'}, {0x11, 't'}, {0x12, '1'}, {0x13, '2'}, {0x14, '3'}, {0x15, '4'},
-        {0x16, '6'}, {0x17, '5'}, {0x19, '9'}, {0x1A, '7'}, {0x1C, '8'}, {0x1D, '0'}, {0x1F, 'o'},
-        {0x20, 'u'}, {0x22, 'i'}, {0x23, 'p'}, {0x25, 'l'}, {0x26, 'j'}, {0x28, 'k'}, {0x2D, 'n'},
-        {0x2E, 'm'},
+    xcb_keysym_t keySym;
+    xcb_keycode_t keyCode;
+};
+
+UsKey usKeyFor(quint32 carbonKeyCode)
+{
+    static const QHash<quint32, UsKey> keys{
+        {0x00, {'a', 38}}, {0x01, {'s', 39}}, {0x02, {'d', 40}}, {0x03, {'f', 41}}, {0x04, {'h', 43}},
+        {0x05, {'g', 42}}, {0x06, {'z', 52}}, {0x07, {'x', 53}}, {0x08, {'c', 54}}, {0x09, {'v', 55}},
+        {0x0B, {'b', 56}}, {0x0C, {'q', 24}}, {0x0D, {'w', 25}}, {0x0E, {'e', 26}}, {0x0F, {'r', 27}},
+        {0x10, {'y', 29}}, {0x11, {'t', 28}}, {0x12, {'1', 10}}, {0x13, {'2', 11}}, {0x14, {'3', 12}},
+        {0x15, {'4', 13}}, {0x16, {'6', 15}}, {0x17, {'5', 14}}, {0x19, {'9', 18}}, {0x1A, {'7', 16}},
+        {0x1C, {'8', 17}}, {0x1D, {'0', 19}}, {0x1F, {'o', 32}}, {0x20, {'u', 30}}, {0x22, {'i', 31}},
+        {0x23, {'p', 33}}, {0x25, {'l', 46}}, {0x26, {'j', 44}}, {0x28, {'k', 45}}, {0x2D, {'n', 57}},
+        {0x2E, {'m', 58}},
     };
-    return keySyms.value(carbonKeyCode, XCB_NO_SYMBOL);
+    return keys.value(carbonKeyCode, UsKey{XCB_NO_SYMBOL, 0});
 }
+
+bool isLetterOrDigit(xcb_keysym_t keySym)
+{
+    return (keySym >= 'a' && keySym <= 'z') || (keySym >= '0' && keySym <= '9');
+}
+
+// The first event number of the XKEYBOARD extension, 0 without it. Qt's
+// connection speaks XKB, and the server then tells it of a new layout with
+// XKB's own events rather than the core MappingNotify.
+quint8 xkbFirstEvent(xcb_connection_t *connection)
+{
+    static const char name[] = "XKEYBOARD";
+    const XcbPtr<xcb_query_extension_reply_t> reply(
+        xcb_query_extension_reply(connection, xcb_query_extension(connection, sizeof name - 1, name), nullptr));
+    return reply && reply->present ? reply->first_event : 0;
+}
+constexpr quint8 xkbNewKeyboardNotify = 0, xkbMapNotify = 1;
 
 // Qt's convention: Command is Ctrl, so option-command-1 is Ctrl+Alt+1.
 quint16 x11Modifiers(quint32 carbonModifiers)
@@ -59,6 +89,7 @@ XcbHotKeys::XcbHotKeys()
     m_connection = x11->connection();
     m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
     m_keySymbols = xcb_key_symbols_alloc(m_connection);
+    m_xkbFirstEvent = xkbFirstEvent(m_connection);
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -81,7 +112,10 @@ std::optional<quint32> XcbHotKeys::grab(quint32 carbonKeyCode, quint32 carbonMod
         return std::nullopt;
     const xcb_keycode_t keyCode = keyCodeFor(carbonKeyCode);
     const quint16 modifiers = x11Modifiers(carbonModifiers);
-    if (keyCode == 0 || !grabKey(keyCode, modifiers))
+    // X lets a client grab what it already holds, so a combination taken a
+    // second time is refused here, as the server refuses another client's:
+    // the first registration stays the only one a press calls.
+    if (keyCode == 0 || holds(keyCode, modifiers) || !grabKey(keyCode, modifiers))
         return std::nullopt;
     const quint32 handle = m_nextHandle++;
     m_grabs.insert(handle, Grab{carbonKeyCode, modifiers, keyCode});
@@ -98,13 +132,36 @@ void XcbHotKeys::ungrab(quint32 handle)
     m_grabs.erase(found);
 }
 
+// The key that types the combination's letter or digit in the current layout,
+// on its own or with Shift: on a French keyboard the digits are the shifted
+// symbols of the top row, and Ctrl+Alt+1 is that row's first key. Only the
+// first such key is taken; the layouts tried carry each letter and digit on
+// one key. A layout without Latin letters (Russian) keeps the US places, as
+// long as the key there types no other letter or digit.
 xcb_keycode_t XcbHotKeys::keyCodeFor(quint32 carbonKeyCode) const
 {
-    const xcb_keysym_t keySym = keySymFor(carbonKeyCode);
-    if (keySym == XCB_NO_SYMBOL)
+    const UsKey usKey = usKeyFor(carbonKeyCode);
+    if (usKey.keySym == XCB_NO_SYMBOL)
         return 0;
-    const XcbPtr<xcb_keycode_t> keyCodes(xcb_key_symbols_get_keycode(m_keySymbols, keySym));
-    return keyCodes ? keyCodes.get()[0] : 0; // the list ends with XCB_NO_SYMBOL (0)
+    const xcb_setup_t *setup = xcb_get_setup(m_connection);
+    for (int level = 0; level < 2; ++level) {
+        for (int keyCode = setup->min_keycode; keyCode <= setup->max_keycode; ++keyCode) {
+            if (xcb_key_symbols_get_keysym(m_keySymbols, keyCode, level) == usKey.keySym)
+                return keyCode;
+        }
+    }
+    for (int level = 0; level < 2; ++level) {
+        if (isLetterOrDigit(xcb_key_symbols_get_keysym(m_keySymbols, usKey.keyCode, level)))
+            return 0;
+    }
+    return usKey.keyCode;
+}
+
+bool XcbHotKeys::holds(xcb_keycode_t keyCode, quint16 modifiers) const
+{
+    return std::any_of(m_grabs.cbegin(), m_grabs.cend(), [&](const Grab &grab) {
+        return grab.keyCode == keyCode && grab.modifiers == modifiers;
+    });
 }
 
 // Grabs the combination with every lock variant. Only a refusal of the plain
@@ -157,27 +214,42 @@ bool XcbHotKeys::nativeEventFilter(const QByteArray &eventType, void *message, q
         break;
     }
     case XCB_MAPPING_NOTIFY:
-        keyboardMappingChanged(message);
+        if (static_cast<xcb_mapping_notify_event_t *>(message)->request == XCB_MAPPING_KEYBOARD)
+            keyboardMappingChanged();
         break;
+    default:
+        // A layout switch (setxkbmap, the desktop's layout menu) arrives as
+        // NewKeyboardNotify, a remapped key as MapNotify; the XKB event kind
+        // is the second byte of every XKB event.
+        if (m_xkbFirstEvent != 0 && event->response_type == m_xkbFirstEvent) {
+            const quint8 xkbType = static_cast<const quint8 *>(message)[1];
+            if (xkbType == xkbNewKeyboardNotify || xkbType == xkbMapNotify)
+                keyboardMappingChanged();
+        }
     }
     // Qt goes on handling every event, hot key or not.
     return false;
 }
 
 // A new layout or a remapped key moves the symbols to other key codes: grab
-// each combination again where its key now is.
-void XcbHotKeys::keyboardMappingChanged(void *event)
+// each combination again where its key now is. Layouts swap keys (Y and Z in
+// German), so every key that moves is let go before any is taken anew.
+void XcbHotKeys::keyboardMappingChanged()
 {
-    auto *notify = static_cast<xcb_mapping_notify_event_t *>(event);
-    if (notify->request == XCB_MAPPING_POINTER)
-        return;
-    xcb_refresh_keyboard_mapping(m_keySymbols, notify);
+    xcb_key_symbols_free(m_keySymbols);
+    m_keySymbols = xcb_key_symbols_alloc(m_connection);
+    QList<std::pair<Grab *, xcb_keycode_t>> moved;
     for (Grab &grab : m_grabs) {
         const xcb_keycode_t keyCode = keyCodeFor(grab.carbonKeyCode);
         if (keyCode == grab.keyCode)
             continue;
         ungrabKey(grab.keyCode, grab.modifiers);
-        grab.keyCode = keyCode != 0 && grabKey(keyCode, grab.modifiers) ? keyCode : 0;
+        grab.keyCode = 0;
+        moved.append({&grab, keyCode});
+    }
+    for (const auto &[grab, keyCode] : moved) {
+        if (keyCode != 0 && !holds(keyCode, grab->modifiers) && grabKey(keyCode, grab->modifiers))
+            grab->keyCode = keyCode;
     }
     xcb_flush(m_connection);
 }

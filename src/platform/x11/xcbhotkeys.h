@@ -33,13 +33,15 @@ private:
     };
 
     xcb_keycode_t keyCodeFor(quint32 carbonKeyCode) const;
+    bool holds(xcb_keycode_t keyCode, quint16 modifiers) const;
     bool grabKey(xcb_keycode_t keyCode, quint16 modifiers) const;
     void ungrabKey(xcb_keycode_t keyCode, quint16 modifiers) const;
-    void keyboardMappingChanged(void *event);
+    void keyboardMappingChanged();
 
     xcb_connection_t *m_connection = nullptr;
     xcb_window_t m_root = XCB_NONE;
     xcb_key_symbols_t *m_keySymbols = nullptr;
+    quint8 m_xkbFirstEvent = 0;
     QHash<quint32, Grab> m_grabs;
     quint32 m_nextHandle = 1;
 };
