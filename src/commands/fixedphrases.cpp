@@ -19,7 +19,7 @@
 FixedPhrases::FixedPhrases(const Services &services, QObject *parent)
     : QObject(parent)
     , m_services(services)
-    , m_menu(std::make_unique<QMenu>(QStringLiteral("Insert Fixed Phrase")))
+    , m_menu(std::make_unique<QMenu>(QStringLiteral("&Insert Fixed Phrase")))
 {
 }
 
