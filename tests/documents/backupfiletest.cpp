@@ -58,9 +58,8 @@ TEST(BackupFile, SavingReplacesTheFileWholeWithAPrivateOneOrNotAtAll)
     QTemporaryDir dir;
     const QString path = dir.filePath(u"history.qs_backup"_s);
     QFile old(path);
-    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-    old.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-    old.close();
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly)
+                && old.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther));
     const QList<Entry> history = {textEntry(u"first"_s), textEntry(u"second"_s)};
     ASSERT_TRUE(BackupFile::save(path, history));
     EXPECT_EQ(readAll(path), BackupFile::encode(history));

@@ -22,9 +22,7 @@ QByteArray solidPicture(int w, int h, QColor color, const char *format)
     QImage image(w, h, QImage::Format_RGB32);
     image.fill(color);
     QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return buffer.data();
+    return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, format) ? buffer.data() : QByteArray();
 }
 
 bool isBlank(const QImage &image)

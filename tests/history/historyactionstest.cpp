@@ -1,7 +1,5 @@
 #include "historyfixture.h"
 
-namespace {
-
 const QString ignoreType = QStringLiteral("quillstash.ignore");
 
 using HistoryActionsTest = HistoryFixture;
@@ -56,5 +54,3 @@ TEST_F(HistoryActionsTest, DoubleClickOpensAddressesWithoutSelectionCommandsDoNo
     actions.removeAllObject();
     EXPECT_EQ((QList<qsizetype>{nsac.arrangedCount(), nsac.allObjects().size()}), (QList<qsizetype>{0, 1}));
 }
-
-} // namespace

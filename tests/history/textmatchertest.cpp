@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 // Cases the random texts below cannot make: an empty needle, a needle whose prefix
 // recurs, needles outside ASCII and bytes that are not UTF-8.
 TEST(TextMatcher, FindsTheNeedleIgnoringCase)
@@ -44,5 +42,3 @@ TEST(TextMatcher, AgreesWithQStringOnRandomTexts)
     EXPECT_GT(found, 500); // both outcomes were tried
     EXPECT_LT(found, 2500);
 }
-
-} // namespace

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 const QString utf8Text = QStringLiteral("public.utf8-plain-text");
 const QString nsString = QStringLiteral("NSStringPboardType");
 const QByteArray text = QByteArrayLiteral("gr\xc3\xbc\xc3\x9f dich");
@@ -105,5 +103,3 @@ TEST(PasteboardTypes, EqualBytesShareOneBuffer)
     EXPECT_NE(items[0].data.constData(), items[2].data.constData()) << "equal size, other bytes";
     EXPECT_EQ(items[2].data, "<i>same</i>");
 }
-
-} // namespace

@@ -4,8 +4,6 @@
 
 #include <thread>
 
-namespace {
-
 // Each sound asks the sound preference on its own thread, when it runs, while the preferences window may be switching
 // it (scripts/tsan.sh runs this under ThreadSanitizer).
 TEST(EventTimer, EachSoundAsksThePreferenceOnItsOwnThread)
@@ -31,5 +29,3 @@ TEST(EventTimer, EachSoundAsksThePreferenceOnItsOwnThread)
     EXPECT_FALSE(rig.soundPlayer.played().contains(QStringLiteral("Purr"))) << "played with sounds off";
     EXPECT_EQ(askedOnMainThread.load(), 0);
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 // A notice with the title of the last one sent, within 999 ms of it, is dropped; the
 // clock wraps between the fourth and the fifth.
 TEST(Notices, SameTitleWithinASecondOfTheLastSentIsDropped)
@@ -66,5 +64,3 @@ TEST(RecordingSwitch, AnnouncesEachSwitchAndCancelStopsAtOnceOnlyWhenAutomaticRe
                                               QStringLiteral("Quillstash|Rec Stop|RecStopPasteboardNotification")}));
     EXPECT_EQ(rig.sounds(), (QStringList{QStringLiteral("Hero"), QStringLiteral("Purr")}));
 }
-
-} // namespace

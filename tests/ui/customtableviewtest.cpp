@@ -5,8 +5,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-namespace {
-
 using CustomTableViewTest = TableFixture;
 
 // The table posts the keys' notifications for its controller to act on (as the desktop tests see); it acts on none.
@@ -23,7 +21,6 @@ TEST_F(CustomTableViewTest, DeleteKeysAndReturnPostTheirNotificationsAndOtherKey
         got.append(posted.size() == before ? QStringLiteral("-") : posted.last().at(0).toString());
     }
     EXPECT_EQ(got.join(u' ').toStdString(), "DelKeyPressedOnTable DelKeyPressedOnTable RetKeyPressedOnTable - -");
-    EXPECT_EQ(posted.size(), 3);
     EXPECT_EQ(nsac.selectionIndexes(), QList<int>{1});
     QTest::keyClick(&view, Qt::Key_Down);
     EXPECT_EQ(posted.size(), 3);
@@ -101,5 +98,3 @@ TEST_F(CustomTableViewTest, KeyNumberCountsFromTheLastRowWhenScrolled)
         EXPECT_EQ(view.GetKeyNumberFromRect(view.visualRect(nsac.index(row))), digit) << row;
     EXPECT_EQ(view.GetKeyNumberFromRect(QRect(0, 300, 10, 10)), 12);
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include <QSet>
 
-namespace {
-
 using QSImageCellTest = TableFixture;
 
 // Of 12 rows, only the ten bottom ones carry their hot key.
@@ -55,5 +53,3 @@ TEST_F(QSImageCellTest, SelectedTextPreviewTakesTheHighlightedTextColour)
     EXPECT_GT(light, 20);
     EXPECT_EQ(black, 0);
 }
-
-} // namespace
