@@ -130,9 +130,6 @@ void FixedPhrases::changeFont()
         return;
     contents::setContentsFont(*font);
     // Only the shown entries are drawn again now; the others when next shown.
-    for (const Entry &entry : m_services.nsac.arrangedObjects()) {
-        entry->needUpdateImage();
-        entry->setImageLater(m_services.fetcher);
-    }
+    m_services.nsac.redrawArrangedPreviews(m_services.fetcher);
     Q_EMIT contentsFontChanged();
 }

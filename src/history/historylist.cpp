@@ -96,11 +96,14 @@ void HistoryList::givePreviewAttempts(ImageFetcher *fetcher)
     m_previewPending.removeIf([](const Entry &entry) { return entry->isImageSet(); });
 }
 
-void HistoryList::needUpdateImages()
+void HistoryList::redrawArrangedPreviews(ImageFetcher *fetcher)
 {
-    for (const Entry &entry : std::as_const(m_all))
+    for (const Entry &entry : std::as_const(m_arranged)) {
         entry->needUpdateImage();
-    m_previewPending = m_all;
+        entry->setImageLater(fetcher);
+        if (!entry->isImageSet() && !m_previewPending.contains(entry))
+            m_previewPending.append(entry);
+    }
 }
 
 template<typename Pred>

@@ -44,8 +44,9 @@ public:
     // One more preview attempt for each arranged entry whose preview is not
     // final yet; entries with a final preview are not visited.
     void givePreviewAttempts(ImageFetcher *fetcher);
-    // Every entry's preview is made again (the drawing font changed).
-    void needUpdateImages();
+    // The shown entries' previews are made again (the drawing font changed);
+    // those not final at once get the tick's attempts as new entries do.
+    void redrawArrangedPreviews(ImageFetcher *fetcher);
 
     // The selection the history table uses as its own.
     QItemSelectionModel *selectionModel() { return &m_selection; }
