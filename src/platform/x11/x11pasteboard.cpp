@@ -1,5 +1,6 @@
 #include "platform/x11/x11pasteboard.h"
 
+#include "platform/pasteboardtype.h"
 #include "platform/x11/clipboardreader.h"
 #include "platform/x11/offeredmimedata.h"
 
@@ -15,8 +16,13 @@ X11Pasteboard::X11Pasteboard(QObject *parent)
 
 X11Pasteboard::~X11Pasteboard() = default;
 
-int X11Pasteboard::declareTypes(const QStringList &types)
+int X11Pasteboard::declareTypes(const QStringList &declared)
 {
+    // Text declared by its UTF-8 name is the string as well, as another
+    // program's text is when it is read: entries show the string.
+    QStringList types = declared;
+    if (types.contains(PasteboardType::Utf8PlainText) && !types.contains(PasteboardType::String))
+        types.insert(types.indexOf(PasteboardType::Utf8PlainText) + 1, PasteboardType::String);
     auto *offered = new OfferedMimeData;
     for (const QString &type : types)
         offered->setFormatData(PasteboardTypes::formatForType(type), QByteArray());
@@ -35,6 +41,13 @@ bool X11Pasteboard::setData(const QByteArray &data, const QString &type)
     if (m_changeCount != m_declaredChangeCount || !m_types.contains(type))
         return false;
     m_data.insert(type, data);
+    // Both names are the one text/plain format on the clipboard.
+    if (type == PasteboardType::Utf8PlainText || type == PasteboardType::String) {
+        for (const QString &text : {PasteboardType::Utf8PlainText, PasteboardType::String}) {
+            if (m_types.contains(text))
+                m_data.insert(text, data);
+        }
+    }
     // Qt hands the data out only when another program asks, so filling the
     // offered formats now still reaches every reader.
     if (m_offered)

@@ -25,7 +25,7 @@ public:
     QStringList types() const override { return m_types; }
     QByteArray dataForType(const QString &type) const override { return m_data.value(type); }
 
-    int declareTypes(const QStringList &types) override;
+    int declareTypes(const QStringList &declared) override;
     bool setData(const QByteArray &data, const QString &type) override;
 
 private:
