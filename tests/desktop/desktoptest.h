@@ -65,7 +65,6 @@ protected:
 private:
     quint32 owner() const;
 
-    QProcess m_program;
     struct
     {
         QList<qint64> ticks;
@@ -73,6 +72,8 @@ private:
         QStringList captureIndexes, other;
         std::map<int, QString> rows;
     } m_output;
+    // After m_output: a program still running when a test fails writes its last lines as it is killed.
+    QProcess m_program;
     xcb_connection_t *m_connection = nullptr;
     quint32 m_clipboardAtom = 0;
 };
