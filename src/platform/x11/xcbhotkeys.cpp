@@ -177,11 +177,13 @@ bool XcbHotKeys::grabKey(xcb_keycode_t keyCode, quint16 modifiers) const
         taken[i] = !XcbPtr<xcb_generic_error_t>(xcb_request_check(m_connection, cookies[i]));
     if (taken[0])
         return true;
+    // Given back before the refusal is reported: waiting for the server's
+    // answer makes sure no other client finds the variants still taken.
     for (std::size_t i = 1; i < lockVariants.size(); ++i) {
         if (taken[i])
-            xcb_ungrab_key(m_connection, keyCode, m_root, modifiers | lockVariants[i]);
+            XcbPtr<xcb_generic_error_t>(xcb_request_check(
+                m_connection, xcb_ungrab_key_checked(m_connection, keyCode, m_root, modifiers | lockVariants[i])));
     }
-    xcb_flush(m_connection);
     return false;
 }
 
