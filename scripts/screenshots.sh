@@ -21,4 +21,17 @@ QUILLSTASH_SCREENSHOT_DIR="$top/docs" \
   xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" \
   "$build/tests/test_desktop" --gtest_filter='WindowTest.*'
 
+# The Edit menu with the fixed phrases of a user who has set two.
+QUILLSTASH_BIN=$build/quillstash dbus-run-session --config-file="$top/tests/dbus-session.conf" -- \
+  xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" bash -c '
+    export HOME=$(mktemp -d); export XDG_CONFIG_HOME=$HOME/.config
+    mkdir -p "$XDG_CONFIG_HOME/Quillstash"
+    printf "[General]\nphrase_title2=Greeting\nphrase_content2=Hello there\nphrase_title5=Signature\nphrase_content5=-- Ada\n" \
+      > "$XDG_CONFIG_HOME/Quillstash/Quillstash.conf"
+    "$QUILLSTASH_BIN" >/dev/null 2>&1 & pid=$!
+    sleep 2
+    xdotool key alt+e; sleep 0.5; xdotool key Up; sleep 0.3; xdotool key Right; sleep 0.5
+    import -window root -crop 700x260+0+0 +repage "$1"
+    kill $pid; wait' _ "$top/docs/phrase-menu.png"
+
 ls -l "$top"/docs/*.png
