@@ -1,10 +1,14 @@
 #include "app/hotkeyapplication.h"
 
+#include "app/controller.h"
 #include "app/desktopplatform.h"
 #include "app/hotkeyregistry.h"
+#include "history/captureloop.h"
+#include "platform/panels.h"
 #include "platform/userdefaults.h"
 #include "settings/applicationregistries.h"
 
+#include <QSessionManager>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -43,11 +47,55 @@ void HotKeyApplication::startServices()
     m_registries = std::make_unique<ApplicationRegistries>(services.defaults, services.loginItems, services.appURL);
     m_hotKeyRegistry = std::make_unique<HotKeyRegistry>(services.hotKeys);
 
-    connect(this, &QCoreApplication::aboutToQuit, this, &HotKeyApplication::terminate);
+    connect(this, &QCoreApplication::aboutToQuit, this, &HotKeyApplication::terminateWithoutAsking);
+    // The session ending asks as a quit from the menu does, when it lets the
+    // program talk to the user; "Cancel" then cancels the logout. Without
+    // that, the session's end quits as SIGTERM does.
+    connect(this, &QGuiApplication::commitDataRequest, this, [this](QSessionManager &manager) {
+        if (!manager.allowsInteraction())
+            return;
+        if (!mayQuit())
+            manager.cancel();
+        manager.release();
+    });
     watchQuitSignals();
 }
 
-void HotKeyApplication::terminate()
+void HotKeyApplication::terminate(QObject *)
+{
+    if (m_terminated || !mayQuit())
+        return;
+    terminateWithoutAsking();
+}
+
+bool HotKeyApplication::mayQuit()
+{
+    if (!m_delegate || m_delegate->IsClean())
+        return true;
+    // A second request while the question is up waits for its answer.
+    if (m_asking)
+        return false;
+    m_asking = true;
+    // The alert is modal, and the tick must not run under it.
+    CaptureLoop &capture = m_delegate->capture();
+    const bool wasPaused = capture.isPaused();
+    capture.setPaused(true);
+    const Panels::AlertReturn answer = m_platform->services().panels.runAlert(
+        QStringLiteral("Warning"), QStringLiteral("Not saved Contents exist"),
+        QStringLiteral("Table is not empty, and not saved. Do you want to save?"), QStringLiteral("Save"),
+        QStringLiteral("Cancel"), QStringLiteral("Quit"));
+    capture.setPaused(wasPaused);
+    m_asking = false;
+    // Quit another way (SIGTERM) while the alert was up: that quit is done.
+    if (m_terminated || answer == Panels::AlertReturn::Alternate)
+        return false;
+    // A failed save does not stop the quit.
+    if (answer == Panels::AlertReturn::Default)
+        m_delegate->saveAllObject();
+    return true;
+}
+
+void HotKeyApplication::terminateWithoutAsking()
 {
     if (m_terminated)
         return;
@@ -100,7 +148,7 @@ void HotKeyApplication::watchQuitSignals()
         char byte;
         [[maybe_unused]] const auto got = ::read(quitSignalFds[1], &byte, 1);
         notifier->setEnabled(false);
-        terminate();
+        terminateWithoutAsking();
     });
     struct sigaction action = {};
     action.sa_handler = onQuitSignal;

@@ -6,6 +6,7 @@
 #include <memory>
 
 class ApplicationRegistries;
+class Controller;
 class DesktopPlatform;
 class HotKeyRegistry;
 
@@ -31,8 +32,17 @@ public:
     // Runs as the program quits, before the preferences are written.
     void setWillTerminate(std::function<void()> willTerminate) { m_willTerminate = std::move(willTerminate); }
 
-    // Ends the program the orderly way: preferences written, then quit.
-    void terminate();
+    // The controller, asked whether the history is saved and told to save it.
+    void setDelegate(Controller *delegate) { m_delegate = delegate; }
+    Controller *delegate() const { return m_delegate; }
+
+    // Every quit of the user's (the menus, the session ending): when the
+    // history has changes not saved, asks whether to save them first and
+    // lets the user cancel; then quits as terminateWithoutAsking() does.
+    void terminate(QObject *sender = nullptr);
+    // Ends the program the orderly way: hot keys released, preferences
+    // written, then quit. SIGINT and SIGTERM come here.
+    void terminateWithoutAsking();
 
     // Global hot keys (see HotKeyRegistry). A press calls `selector`, a slot
     // or invokable method of `target` without argument. Returns 0 when the
@@ -44,6 +54,8 @@ public:
     void removeObjects();
 
 private:
+    // False when the user cancels the quit.
+    bool mayQuit();
     void watchQuitSignals();
 
     std::unique_ptr<DesktopPlatform> m_platform;
@@ -54,4 +66,6 @@ private:
     bool m_registriesWritten = false;
     std::function<void()> m_willTerminate;
     bool m_terminated = false;
+    bool m_asking = false;
+    Controller *m_delegate = nullptr;
 };

@@ -27,6 +27,7 @@ int main(int argc, char **argv)
     // Closing the window only hides it; the program lives on in the tray.
     app.setQuitOnLastWindowClosed(false);
     Controller controller(app.platform().services(), app.registries());
+    app.setDelegate(&controller);
     WindowWiring window(controller, [&app] { app.terminate(); });
     app.setWillTerminate([&controller] { controller.applicationWillTerminate(); });
     controller.applicationDidFinishLaunching();
@@ -36,5 +37,6 @@ int main(int argc, char **argv)
         QTimer::singleShot(0, &controller, [&controller, file] { controller.applicationOpenFile(file); });
     const int code = app.exec();
     app.setWillTerminate({});
+    app.setDelegate(nullptr);
     return code;
 }

@@ -23,6 +23,11 @@ public:
     // A warning with one button.
     virtual void runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
                           const QString &button) = 0;
+    // Which button closed a three-button warning. Escape is the alternate one.
+    enum class AlertReturn { Default, Alternate, Other };
+    virtual AlertReturn runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
+                                 const QString &defaultButton, const QString &alternateButton,
+                                 const QString &otherButton) = 0;
     // The font chooser, starting at the given font; nothing when cancelled.
     virtual std::optional<QFont> runFontPanel(const QFont &font) = 0;
 };

@@ -76,11 +76,12 @@ QProcessEnvironment DesktopTest::programEnvironment() const
     return env;
 }
 
-void DesktopTest::quitProgram(const QStringList &expectedLines)
+void DesktopTest::quitProgram(const QStringList &expectedLines, bool terminate)
 {
-    ::kill(pid_t(m_program.processId()), SIGTERM);
+    if (terminate)
+        ::kill(pid_t(m_program.processId()), SIGTERM);
     EXPECT_TRUE(QTest::qWaitFor([this] { return m_program.state() == QProcess::NotRunning; }, 2 * waitMs))
-        << "the program did not end within 10 s of SIGTERM";
+        << "the program did not end within 10 s";
     EXPECT_TRUE(m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0);
     EXPECT_EQ(m_output.other.join(u'\n').toStdString(), expectedLines.join(u'\n').toStdString()) << "output beyond ticks and captures";
 }

@@ -30,8 +30,9 @@ protected:
     bool startProgram();
     QProcessEnvironment programEnvironment() const;
     qint64 programPid() const { return m_program.processId(); }
-    // SIGTERM; expects an orderly end and no output beyond ticks, captures and the expected lines.
-    void quitProgram(const QStringList &expectedLines = {});
+    // SIGTERM (unless the program is to end by itself); expects an orderly end and no output beyond ticks, captures
+    // and the expected lines.
+    void quitProgram(const QStringList &expectedLines = {}, bool terminate = true);
     QList<qint64> ticks() const { return m_output.ticks; }
     QList<QStringList> captures() const { return m_output.captures; }
     QStringList captureIndexes() const { return m_output.captureIndexes; }

@@ -56,6 +56,18 @@ public:
     void chooseFontNext(const QFont &font) { m_nextFont = font; }
     const QList<QFont> &fontsShown() const { return m_fontsShown; }
 
+    AlertReturn runAlert(const QString &windowTitle, const QString &message, const QString &informativeText,
+                         const QString &defaultButton, const QString &alternateButton, const QString &otherButton) override
+    {
+        m_alerts.append({windowTitle, message, informativeText,
+                         defaultButton + u'|' + alternateButton + u'|' + otherButton});
+        if (m_whileShown)
+            m_whileShown();
+        return m_alertAnswer;
+    }
+    // The button the next three-button alerts are closed with.
+    void answerAlerts(AlertReturn answer) { m_alertAnswer = answer; }
+
     void confirmNext(const QString &filename, const QString &directory)
     {
         m_answers.push_back(Choice{filename, directory});
@@ -85,5 +97,6 @@ private:
     std::deque<std::optional<Choice>> m_answers;
     std::function<void()> m_whileShown;
     QList<QFont> m_fontsShown;
+    AlertReturn m_alertAnswer = AlertReturn::Alternate;
     std::optional<QFont> m_nextFont;
 };

@@ -68,3 +68,24 @@ std::optional<QFont> QtPanels::runFontPanel(const QFont &font)
         return std::nullopt;
     return chosen;
 }
+
+Panels::AlertReturn QtPanels::runAlert(const QString &windowTitle, const QString &message,
+                                       const QString &informativeText, const QString &defaultButton,
+                                       const QString &alternateButton, const QString &otherButton)
+{
+    QMessageBox box(QMessageBox::Warning, windowTitle, message, QMessageBox::NoButton, QApplication::activeWindow());
+    box.setInformativeText(informativeText);
+    QPushButton *byDefault = box.addButton(defaultButton, QMessageBox::AcceptRole);
+    QPushButton *alternate = box.addButton(alternateButton, QMessageBox::RejectRole);
+    box.addButton(otherButton, QMessageBox::DestructiveRole);
+    box.setDefaultButton(byDefault);
+    box.setEscapeButton(alternate);
+    // Shown over every window of the program, and found by its title.
+    box.setWindowModality(Qt::ApplicationModal);
+    box.exec();
+    if (box.clickedButton() == byDefault)
+        return AlertReturn::Default;
+    if (box.clickedButton() == alternate || !box.clickedButton())
+        return AlertReturn::Alternate;
+    return AlertReturn::Other;
+}
