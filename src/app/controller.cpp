@@ -13,6 +13,7 @@
 #include "recording/notices.h"
 #include "recording/recordingswitch.h"
 #include "settings/applicationregistries.h"
+#include "ui/statusitem.h"
 #include "ui/windowctrl.h"
 
 #include <QAbstractButton>
@@ -69,19 +70,31 @@ Controller *Controller::controller()
 
 void Controller::applicationDidFinishLaunching()
 {
+    if (!gController)
+        gController = this;
     setStatusString(QStringLiteral("Idle"));
+    // The tray shows "not recording" until the first tick says otherwise.
+    if (mpStatusMenuItem) {
+        mpStatusMenuItem->setImageNamed(QStringLiteral("qs_menu_item_rec_off"));
+        mpStatusMenuItem->show();
+    }
+    if (mWindowCtrl)
+        mWindowCtrl->open();
     m_recording->setAutomaticRec(m_registries.isRecAtStartup());
-    m_document.setCounter(0);
     m_document.setEStatus(0);
+    // A file opened before launch keeps its entries, but numbering and the
+    // modified mark start afresh.
+    m_document.setCounter(0);
+    m_capture->setManualAdd(false);
     mTimer = new TickTimer(
         m_services.clock, [this] { MainTimer(); }, [this] { return m_notices->lastSentAt(); }, this);
     mTimer->start();
-    m_notices->setUp();
-    m_documents->readLastSavedDirectory();
     m_keyCommands->registerCommands(
         [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
             return registerHotKey(keyCode, modifiers, selector);
         });
+    m_notices->setUp();
+    m_documents->readLastSavedDirectory();
     setupFixedPhraseMenu();
 }
 

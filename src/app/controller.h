@@ -18,6 +18,7 @@ class HistoryActions;
 class HistoryList;
 class Notices;
 class RecordingSwitch;
+class StatusItem;
 class TickTimer;
 class WindowCtrl;
 
@@ -103,6 +104,8 @@ public:
     // The main window's controller, or null while there is no window.
     WindowCtrl *windowCtrl() const { return mWindowCtrl; }
     void setWindowCtrl(WindowCtrl *windowCtrl) { mWindowCtrl = windowCtrl; }
+    // The tray item, shown at launch; null while there is none.
+    void setStatusItem(StatusItem *statusItem) { mpStatusMenuItem = statusItem; }
 
 private:
     PlatformServices m_services;
@@ -120,4 +123,5 @@ private:
     HotKeyRegistrar m_registrar;
     TickTimer *mTimer = nullptr;
     WindowCtrl *mWindowCtrl = nullptr;
+    StatusItem *mpStatusMenuItem = nullptr;
 };

@@ -35,19 +35,17 @@ WindowWiring::WindowWiring(Controller &controller, std::function<void()> quit, Q
     m_indicators = new RecordingIndicators(*m_windowCtrl, m_items->action(MenuItems::ToggleRecording),
                                            *m_statusItem, this);
     controller.setWindowCtrl(m_windowCtrl);
+    controller.setStatusItem(m_statusItem);
 
     connectTable();
     connectCommands(std::move(quit));
     connectReports();
-
-    m_statusItem->setImageNamed(QStringLiteral("qs_menu_item_rec_off"));
-    m_statusItem->show();
-    m_windowCtrl->open();
 }
 
 WindowWiring::~WindowWiring()
 {
     m_controller.setWindowCtrl(nullptr);
+    m_controller.setStatusItem(nullptr);
     // These refer to the window and the menus, which go with this object's
     // members and children: take them down first.
     delete m_indicators;
