@@ -45,6 +45,8 @@ const Row rows[] = {
     {MenuItems::Restore,         QT_TRANSLATE_NOOP("MenuItems", "&Restore"),       none,                 nullptr, nullptr,        "edit-undo",            nullptr,                false},
     {MenuItems::ConvertPlainText, QT_TRANSLATE_NOOP("MenuItems", "Convert to &Plain Text"), none,     nullptr, "Ctrl+Alt+P", "edit-clear",       nullptr,                false},
     {MenuItems::Font,            QT_TRANSLATE_NOOP("MenuItems", "&Font…"),         none,                 nullptr, nullptr,        "preferences-desktop-font", nullptr,    false},
+    {MenuItems::Preferences,     QT_TRANSLATE_NOOP("MenuItems", "Pre&ferences…"),  QKeySequence::Preferences, "Ctrl+,", nullptr, "preferences-system", nullptr,  false},
+    {MenuItems::About,           QT_TRANSLATE_NOOP("MenuItems", "&About Quillstash"), none,              nullptr, nullptr,        "help-about",           "quillstash",           false},
     {MenuItems::OpenLink,        QT_TRANSLATE_NOOP("MenuItems", "Open &Link"),     none,                 nullptr, nullptr,        "internet-web-browser", nullptr,                false},
 };
 // clang-format on
@@ -113,7 +115,8 @@ MenuItems::MenuItems(QObject *parent)
     }
 
     addAll(m_contextMenu.get(), *this, {Restore, separator, Copy, Cut, Delete, separator, OpenLink});
-    addAll(m_trayMenu.get(), *this, {ShowWindow, separator, StartRecording, StopRecording, separator, Quit});
+    addAll(m_trayMenu.get(), *this,
+           {ShowWindow, separator, StartRecording, StopRecording, separator, Preferences, About, separator, Quit});
 }
 
 MenuItems::~MenuItems() = default;
@@ -121,9 +124,7 @@ MenuItems::~MenuItems() = default;
 void MenuItems::setFixedPhraseMenu(QMenu *menu)
 {
     m_fixedPhraseMenu = menu;
-    // Above the tray menu's Quit and its separator.
-    const QList<QAction *> tray = m_trayMenu->actions();
-    m_trayMenu->insertMenu(tray.at(tray.size() - 2), menu);
+    m_trayMenu->insertMenu(action(Preferences), menu);
 }
 
 void MenuItems::fillMenuBar(QMenuBar *bar) const
@@ -135,6 +136,8 @@ void MenuItems::fillMenuBar(QMenuBar *bar) const
     addAll(edit, *this, {ConvertPlainText});
     if (m_fixedPhraseMenu)
         edit->addMenu(m_fixedPhraseMenu);
+    addAll(edit, *this, {separator, Preferences});
     addAll(bar->addMenu(tr("&View")), *this, {Compact, Font});
     addAll(bar->addMenu(tr("&Recording")), *this, {StartRecording, StopRecording});
+    addAll(bar->addMenu(tr("&Help")), *this, {About});
 }

@@ -38,6 +38,8 @@ public:
         OpenLink,
         ConvertPlainText,
         Font,
+        Preferences,
+        About,
         Count
     };
 

@@ -171,7 +171,8 @@ TEST_F(WindowTest, trayMenuStopsAndStartsRecordingAndTheTrayPictureFollows)
     QString item;
     ASSERT_TRUE(QTest::qWaitFor([&] { return !(item = m_tray.itemOfProcess(programPid())).isEmpty(); }, 5000));
     EXPECT_EQ(m_tray.toolTip(item), QStringLiteral("Pasteboard stock"));
-    EXPECT_EQ(m_tray.menuLabels(item), (QStringList{"Show Quillstash", "Start Recording", "Stop Recording", "Insert Fixed Phrase", "Quit"}));
+    EXPECT_EQ(m_tray.menuLabels(item), (QStringList{"Show Quillstash", "Start Recording", "Stop Recording", "Insert Fixed Phrase",
+                                                    "Preferences…", "About Quillstash", "Quit"}));
     // Recording starts at the first tick.
     ASSERT_TRUE(QTest::qWaitFor([&] { return hasRed(m_tray.icon(item)); }, twoTicksMs)) << "no red in the recording picture";
     const QImage on = m_tray.icon(item);
