@@ -8,34 +8,39 @@
 #include <QPainter>
 #include <QStyleHints>
 
+#include <algorithm>
+
 namespace {
 
-constexpr QSize pictureSize(360, 96);
+constexpr int pictureHeight = 96;
 constexpr int iconSide = 80;
 constexpr int iconTextGap = 16;
+constexpr int trailingMargin = 8;
 constexpr qreal namePointSize = 34;
 
-// The application's drawing beside its name, drawn at the screen's pixel ratio.
+// The application's drawing beside its name, drawn at the screen's pixel
+// ratio, as wide as the name needs in the font the desktop matched.
 QPixmap titlePicture(qreal ratio)
 {
-    QPixmap picture(pictureSize * ratio);
-    picture.setDevicePixelRatio(ratio);
-    picture.fill(Qt::transparent);
-
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const int iconTop = (pictureSize.height() - iconSide) / 2;
-    painter.drawImage(QPoint(0, iconTop),
-                      ImageNamed::imageNamed(QStringLiteral("quillstash"), QSize(iconSide, iconSide), ratio));
-
+    const QString name = QStringLiteral("Quillstash");
     QFont font(QStringLiteral("Lucida Grande"));
     font.setPointSizeF(namePointSize);
     font.setBold(true);
+    const QFontMetrics metrics(font);
+    const int nameWidth = std::max(metrics.horizontalAdvance(name), metrics.boundingRect(name).right());
+    const QSize size(iconSide + iconTextGap + nameWidth + trailingMargin, pictureHeight);
+
+    QPixmap picture(size * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.drawImage(QPoint(0, (pictureHeight - iconSide) / 2),
+                      ImageNamed::imageNamed(QStringLiteral("quillstash"), QSize(iconSide, iconSide), ratio));
     painter.setFont(font);
     painter.setPen(QGuiApplication::palette().color(QPalette::WindowText));
-    const QRect nameRect(iconSide + iconTextGap, 0, pictureSize.width() - iconSide - iconTextGap,
-                         pictureSize.height());
-    painter.drawText(nameRect, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("Quillstash"));
+    painter.drawText(QRect(iconSide + iconTextGap, 0, nameWidth + trailingMargin, pictureHeight),
+                     Qt::AlignLeft | Qt::AlignVCenter, name);
     return picture;
 }
 
