@@ -89,6 +89,7 @@ public:
     // applicationWillTerminate: — what the controller keeps across runs.
     void applicationWillTerminate();
 
+    const PlatformServices &services() const { return m_services; }
     HistoryList &nsac() const { return *m_nsac; }
     DocumentState &document() { return m_document; }
     CaptureLoop &capture() const { return *m_capture; }

@@ -7,9 +7,11 @@
 #include "history/historyactions.h"
 #include "history/historylist.h"
 #include "recording/recordingswitch.h"
+#include "ui/aboutpanel.h"
 #include "ui/customtableview.h"
 #include "ui/mainwindow.h"
 #include "ui/menuitems.h"
+#include "ui/preferenceswindow.h"
 #include "ui/qsimagecell.h"
 #include "ui/recordingindicators.h"
 #include "ui/searchfield.h"
@@ -36,6 +38,8 @@ WindowWiring::WindowWiring(Controller &controller, std::function<void()> quit, Q
                                            *m_statusItem, this);
     controller.setWindowCtrl(m_windowCtrl);
     controller.setStatusItem(m_statusItem);
+    m_prefWindow = new PreferencesWindow(controller.registries(), m_window.get());
+    m_about = new AboutPanel(controller.services().workspace, m_window.get());
 
     connectTable();
     connectCommands(std::move(quit));
@@ -105,6 +109,9 @@ void WindowWiring::connectCommands(std::function<void()> quit)
     bind(MenuItems::ShowWindow, [this](QObject *sender) { m_windowCtrl->open(sender); });
     bind(MenuItems::Restore, [c](QObject *sender) { c->changePasteBoard(sender); });
     bind(MenuItems::OpenLink, [c](QObject *sender) { c->onDoubleClickTable(sender); });
+    bind(MenuItems::Preferences, [this](QObject *sender) { showPreferences(sender); });
+    bind(MenuItems::About, [this](QObject *sender) { m_about->orderFront(sender); });
+    connect(m_prefWindow, &PreferencesWindow::phraseMenuRebuildDue, c, &Controller::setupFixedPhraseMenu);
     bind(MenuItems::ConvertPlainText, [c](QObject *) { c->performSelector("convertUtf8:"); });
     bind(MenuItems::Font, [c](QObject *sender) { c->changeFont(sender); });
     for (int n = 0; n < MenuItems::recentCount; ++n) {
@@ -144,6 +151,21 @@ void WindowWiring::connectReports()
     RecordingSwitch &recording = m_controller.recording();
     connect(&recording, &RecordingSwitch::recordingAnnounced, m_indicators, &RecordingIndicators::recordingAnnounced);
     connect(&recording, &RecordingSwitch::onOffSignDue, m_indicators, &RecordingIndicators::updateOnOffSign);
+}
+
+void WindowWiring::showPreferences(QObject *sender)
+{
+    if (m_prefWindow->isVisible()) {
+        m_prefWindow->orderFront(sender); // only raised: its modal run goes on
+        return;
+    }
+    // Qt's modal loop goes on firing the tick's timer; the tick stands still
+    // until OK or Cancel.
+    CaptureLoop &capture = m_controller.capture();
+    const bool wasPaused = capture.isPaused();
+    capture.setPaused(true);
+    m_prefWindow->orderFront(sender);
+    capture.setPaused(wasPaused);
 }
 
 void WindowWiring::showTypes(const QStringList &types)

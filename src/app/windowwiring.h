@@ -8,8 +8,10 @@
 #include <functional>
 #include <memory>
 
+class AboutPanel;
 class Controller;
 class MainWindow;
+class PreferencesWindow;
 class MenuItems;
 class QSImageCell;
 class RecordingIndicators;
@@ -26,7 +28,6 @@ class WindowWiring : public QObject
 
 public:
     // quit ends the program the orderly way (File > Quit, the tray's Quit).
-    // Opens the window and shows the tray item with the recording-off sign.
     WindowWiring(Controller &controller, std::function<void()> quit, QObject *parent = nullptr);
     ~WindowWiring() override;
 
@@ -35,11 +36,13 @@ public:
     MenuItems &menuItems() const { return *m_items; }
     StatusItem &statusItem() const { return *m_statusItem; }
     NotificationCenter &notificationCenter() { return m_center; }
+    PreferencesWindow &preferencesWindow() const { return *m_prefWindow; }
 
 private:
     void connectTable();
     void connectCommands(std::function<void()> quit);
     void connectReports();
+    void showPreferences(QObject *sender);
     void showTypes(const QStringList &types);
 
     Controller &m_controller;
@@ -51,4 +54,7 @@ private:
     WindowCtrl *m_windowCtrl;
     StatusItem *m_statusItem;
     RecordingIndicators *m_indicators;
+    // Made once, kept for the whole run: the phrase editor keeps its place.
+    PreferencesWindow *m_prefWindow;
+    AboutPanel *m_about;
 };

@@ -49,6 +49,7 @@ void DesktopTest::SetUp()
                 // Rows beyond the table's present end are gone.
                 m_output.rows.erase(m_output.rows.lower_bound(row.captured(2).toInt()), m_output.rows.end());
                 m_output.rows[row.captured(1).toInt()] = row.captured(3);
+                m_output.tableRows = row.captured(2).toInt();
             } else {
                 m_output.other.append(line);
             }

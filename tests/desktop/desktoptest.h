@@ -41,6 +41,8 @@ protected:
     // The table's rows as last painted, top row first, from the program's paint log ("icon 2 stamp Ctrl+Alt+1 text
     // Some text"); none past its last row.
     QStringList paintedRows() const;
+    // How many rows the table had at its last paint.
+    int tableRows() const { return m_output.tableRows; }
 
     // xclip owns the clipboard with data under target (text when empty), as another program would.
     bool copy(const QByteArray &data, const QString &target = {});
@@ -72,6 +74,7 @@ private:
         QList<QStringList> captures;
         QStringList captureIndexes, other;
         std::map<int, QString> rows;
+        int tableRows = 0;
     } m_output;
     // After m_output: a program still running when a test fails writes its last lines as it is killed.
     QProcess m_program;
