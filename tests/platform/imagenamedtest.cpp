@@ -6,19 +6,18 @@
 
 namespace {
 
-// How many opaque pixels of the picture there are, or how many of them are red.
-int opaquePixels(const QImage &image, bool redOnly = false)
+// How many opaque pixels of the picture pass the test; without one, all of them.
+int opaquePixels(const QImage &image, bool (*test)(QRgb) = [](QRgb) { return true; })
 {
     int count = 0;
     const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
-    for (int y = 0; y < argb.height(); ++y) {
-        for (int x = 0; x < argb.width(); ++x) {
-            const QRgb p = argb.pixel(x, y);
-            count += qAlpha(p) == 255 && (!redOnly || (qRed(p) > 180 && qGreen(p) < 100 && qBlue(p) < 100));
-        }
-    }
+    for (int y = 0; y < argb.height(); ++y)
+        for (int x = 0; x < argb.width(); ++x)
+            count += qAlpha(argb.pixel(x, y)) == 255 && test(argb.pixel(x, y));
     return count;
 }
+
+bool isRed(QRgb p) { return qRed(p) > 180 && qGreen(p) < 100 && qBlue(p) < 100; }
 
 // Each picture fills a good part of its square at every size the desktop asks for, and under the name of the file
 // it once was; its icon draws anew at each size instead of scaling one bitmap.
@@ -46,8 +45,8 @@ TEST(ImageNamed, EachPictureDrawsAtEverySizeAndUnderItsFileName)
 // tests); unknown names and empty sizes give nothing.
 TEST(ImageNamed, RecordingSignsDifferAndUnknownNamesGiveNothing)
 {
-    EXPECT_GE(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_on_003"), QSize(22, 22)), true), 20);
-    EXPECT_EQ(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_off_003"), QSize(22, 22)), true), 0);
+    EXPECT_GE(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_on_003"), QSize(22, 22)), isRed), 20);
+    EXPECT_EQ(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_off_003"), QSize(22, 22)), isRed), 0);
     EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_sound"), QSize(22, 22)).isNull());
     EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image"), QSize(0, 22)).isNull());
     EXPECT_TRUE(ImageNamed::iconNamed(QStringLiteral("nothing")).isNull());

@@ -18,16 +18,6 @@ namespace {
 
 constexpr int settleMs = 3000;
 
-// xclip -o blocks until the owner answers; when the owner is this program,
-// that needs the event loop running meanwhile.
-QByteArray readClipboard(const QString &target)
-{
-    QProcess xclip;
-    xclip.start("xclip", {"-o", "-selection", "clipboard", "-t", target});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return xclip.state() == QProcess::NotRunning; }, settleMs)) << "xclip -o hung";
-    return xclip.readAllStandardOutput();
-}
-
 class X11PasteboardTest : public ::testing::Test
 {
 protected:
@@ -49,8 +39,13 @@ TEST_F(X11PasteboardTest, OwnStateIsOfferedByteForByteAndAnotherOwnersStateGoesW
     EXPECT_EQ(pasteboard.types(), types);
     const std::pair<const char *, QByteArray> offered[] = {
         {"text/html", "<i>own</i>"}, {"text/uri-list", "https://example.com/own\n"}, {"com.example.binary", binary}};
-    for (const auto &[format, bytes] : offered)
-        EXPECT_EQ(readClipboard(format), bytes) << format;
+    for (const auto &[format, bytes] : offered) {
+        // xclip -o blocks until the owner, this program, answers: the event loop must run meanwhile.
+        QProcess xclip;
+        xclip.start("xclip", {"-o", "-selection", "clipboard", "-t", format});
+        EXPECT_TRUE(QTest::qWaitFor([&] { return xclip.state() == QProcess::NotRunning; }, settleMs)) << format;
+        EXPECT_EQ(xclip.readAllStandardOutput(), bytes) << format;
+    }
 
     auto owner = std::make_unique<ScriptedOwner>(
         QList<ScriptedOwner::Format>{{"text/html", ScriptedOwner::Answer::Data, "<p>html</p>"}});

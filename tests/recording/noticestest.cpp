@@ -30,9 +30,9 @@ TEST(Notices, SameTitleWithinASecondOfTheLastSentIsDroppedButStillBounces)
     EXPECT_EQ(rig.noticeService.sent().size(), 5);
 }
 
-// Each switch is announced once, with the product name as title, at the check after it;
-// a switch back before the check is not announced at all.
-TEST(RecordingSwitch, AnnouncesEachSwitchAndCancelStopsAtOnceOnlyWhenAutomaticRecordingIsOff)
+// Each switch is announced once, with its sound, at the check after it, and a switch back before it not at all;
+// a restore stops at once unless automatic recording is on (that case is in the desktop tests).
+TEST(RecordingSwitch, AnnouncesEachSwitchOnceAndAStopFromARestoreAtOnce)
 {
     RecordingRig rig;
     rig.recording.doAutoRec();
@@ -43,8 +43,6 @@ TEST(RecordingSwitch, AnnouncesEachSwitchAndCancelStopsAtOnceOnlyWhenAutomaticRe
     rig.recording.checkAutoRecStatus();
     rig.recording.checkAutoRecStatus();
 
-    rig.registries.setAutoRec(true);
-    rig.recording.cancelAutoRec();
     rig.registries.setAutoRec(false);
     rig.clock.advance(5000);
     rig.recording.cancelAutoRec(); // announced at once, not at the next check
