@@ -10,12 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <future>
-
 namespace {
 
 using Answer = ScriptedOwner::Answer;
@@ -101,34 +95,6 @@ TEST(ClipboardReader, OwnerChangeInTheMiddleOfIncrLeavesNoChunkBehind)
     EXPECT_EQ(reading.spy.size(), 1) << "the interrupted state was published";
     EXPECT_EQ(reading.last(), (Items{{"public.html", "<i>second</i>"}}));
     EXPECT_FALSE(first.lateAnswerLanded()) << "the abandoned transfer can still write where it wrote";
-}
-
-// Without a descriptor for its wake-up, or for its connection, the reader
-// reads nothing and still goes at once when the program quits.
-TEST(ClipboardReader, ReaderWithoutWakeUpOrConnectionStopsWithoutHanging)
-{
-    // The lowest free descriptor: a new one gets that number.
-    const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ASSERT_GE(lowestFree, 0);
-    ::close(lowestFree);
-    rlimit saved{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
-    for (const int spare : {0, 1}) {
-        SCOPED_TRACE(spare ? "no connection" : "no wake-up");
-        rlimit lowered = saved;
-        lowered.rlim_cur = rlim_t(lowestFree + spare);
-        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lowered), 0);
-        auto made = std::make_unique<ClipboardReader>();
-        QTest::qWait(200); // its thread has failed by now, or never started
-        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &saved), 0);
-        // Destroyed on a thread of its own: a hang fails the test, not the suite.
-        auto gone = std::make_shared<std::promise<void>>();
-        std::thread([reader = made.release(), gone] {
-            delete reader;
-            gone->set_value();
-        }).detach();
-        EXPECT_EQ(gone->get_future().wait_for(5s), std::future_status::ready) << "the reader hung the quit";
-    }
 }
 
 } // namespace

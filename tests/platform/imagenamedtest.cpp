@@ -19,52 +19,37 @@ int opaquePixels(const QImage &image, bool (*test)(QRgb) = [](QRgb) { return tru
 
 bool isRed(QRgb p) { return qRed(p) > 180 && qGreen(p) < 100 && qBlue(p) < 100; }
 
-class ImageNamedTest : public testing::TestWithParam<const char *> {};
-
-// Each picture fills a good part of its square at every size the desktop asks for,
-// and the name of the file it once was gives the same picture.
-TEST_P(ImageNamedTest, DrawsAtEverySizeAndUnderItsFileName)
+// Each picture fills a good part of its square at every size the desktop asks for, and under the name of the file
+// it once was; its icon draws anew at each size instead of scaling one bitmap.
+TEST(ImageNamed, EachPictureDrawsAtEverySizeAndUnderItsFileName)
 {
-    const QString name = QString::fromLatin1(GetParam());
-    for (int side : {16, 22, 64}) {
-        const QImage image = ImageNamed::imageNamed(name, QSize(side, side));
-        ASSERT_FALSE(image.isNull()) << side;
-        EXPECT_EQ(image.size(), QSize(side, side));
-        EXPECT_GT(opaquePixels(image), side * side / 5) << side;
-        EXPECT_EQ(ImageNamed::imageNamed(name + QStringLiteral(".png"), QSize(side, side)), image) << side;
+    for (const QString name : {"icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown", "qs_rec_on_003",
+                               "qs_rec_off_003", "qs_menu_item_rec_on", "qs_menu_item_rec_off", "quillstash"}) {
+        SCOPED_TRACE(name.toStdString());
+        const QIcon icon = ImageNamed::iconNamed(name);
+        for (int side : {16, 22, 64}) {
+            const QImage image = ImageNamed::imageNamed(name, QSize(side, side));
+            EXPECT_EQ(image.size(), QSize(side, side));
+            EXPECT_GT(opaquePixels(image), side * side / 5) << side;
+            EXPECT_EQ(ImageNamed::imageNamed(name + QStringLiteral(".png"), QSize(side, side)), image) << side;
+            EXPECT_EQ(icon.pixmap(QSize(side, side), 1.0).toImage(), image) << side;
+        }
+        const QImage sharp = ImageNamed::imageNamed(name, QSize(22, 22), 2.0);
+        EXPECT_EQ(sharp.size(), QSize(44, 44));
+        EXPECT_EQ(sharp.devicePixelRatio(), 2.0);
+        EXPECT_EQ(icon.pixmap(QSize(22, 22), 2.0).size(), QSize(44, 44));
     }
-    const QImage sharp = ImageNamed::imageNamed(name, QSize(22, 22), 2.0);
-    EXPECT_EQ(sharp.size(), QSize(44, 44));
-    EXPECT_EQ(sharp.devicePixelRatio(), 2.0);
-
-    // An icon draws anew at each size instead of scaling one bitmap.
-    const QIcon icon = ImageNamed::iconNamed(name);
-    for (int side : {22, 64}) {
-        const QPixmap pixmap = icon.pixmap(QSize(side, side), 1.0);
-        EXPECT_EQ(pixmap.toImage(), ImageNamed::imageNamed(name, QSize(side, side))) << side;
-    }
-    EXPECT_EQ(icon.pixmap(QSize(22, 22), 2.0).size(), QSize(44, 44));
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, ImageNamedTest,
-                         testing::Values("icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown",
-                                         "qs_rec_on_003", "qs_rec_off_003", "qs_menu_item_rec_on",
-                                         "qs_menu_item_rec_off", "quillstash"));
-
-TEST(ImageNamed, UnknownNamesAndEmptySizesGiveNothing)
-{
-    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_sound"), QSize(22, 22)).isNull());
-    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image.jpg"), QSize(22, 22)).isNull());
-    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image"), QSize(0, 22)).isNull());
-    EXPECT_TRUE(ImageNamed::iconNamed(QStringLiteral("nothing")).isNull());
-}
-
-// The window's recording sign shows red and its stopped sign none, whatever the panel behind (the tray's
-// pair is looked at in the desktop tests).
-TEST(ImageNamed, RecordingSignsDifferAtTraySize)
+// The window's recording sign shows red and its stopped sign none (the tray's pair is looked at in the desktop
+// tests); unknown names and empty sizes give nothing.
+TEST(ImageNamed, RecordingSignsDifferAndUnknownNamesGiveNothing)
 {
     EXPECT_GE(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_on_003"), QSize(22, 22)), isRed), 20);
     EXPECT_EQ(opaquePixels(ImageNamed::imageNamed(QStringLiteral("qs_rec_off_003"), QSize(22, 22)), isRed), 0);
+    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_sound"), QSize(22, 22)).isNull());
+    EXPECT_TRUE(ImageNamed::imageNamed(QStringLiteral("icontypes_image"), QSize(0, 22)).isNull());
+    EXPECT_TRUE(ImageNamed::iconNamed(QStringLiteral("nothing")).isNull());
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 // After a restart all is text. QSettings caches each file it wrote, so the next run reads a copy.
-TEST(QSettingsUserDefaults, ValuesAndRemovalsSurviveARestartAsText)
+TEST(QSettingsUserDefaults, ValuesSurviveARestartAsText)
 {
     const struct { QVariant stored; bool asBool; qint64 asInteger; } rows[] = {
         {QVariant(), false, 0}, {"abc", false, 0}, {"12abc", true, 12}, {QString(), false, 0}, {true, true, 0},
@@ -18,9 +18,6 @@ TEST(QSettingsUserDefaults, ValuesAndRemovalsSurviveARestartAsText)
     QSettingsUserDefaults defaults(path);
     for (size_t i = 0; i < std::size(rows); ++i)
         defaults.setObject(rows[i].stored, QString::number(i));
-    defaults.setValue("one", "removed");
-    defaults.synchronize();
-    defaults.removeObjectForKey("removed");
     defaults.synchronize();
     ASSERT_TRUE(QFile::copy(path, dir.filePath(QStringLiteral("nextrun.conf"))));
     const QSettingsUserDefaults next(dir.filePath(QStringLiteral("nextrun.conf")));
@@ -32,5 +29,4 @@ TEST(QSettingsUserDefaults, ValuesAndRemovalsSurviveARestartAsText)
         EXPECT_EQ(next.boolForKey(key), rows[i].asBool);
         EXPECT_EQ(next.integerForKey(key), rows[i].asInteger);
     }
-    EXPECT_FALSE(next.objectForKey("removed").isValid());
 }
