@@ -29,8 +29,6 @@ public:
     void unregisterHotKey(quintptr hotKeyRef);
     void clearAllHotKey();
 
-    const QHash<QString, ObjAndSelectorSet> &registeredKeys() const { return mRegisteredKeyDict; }
-
 private:
     void hotKeyPressed(quint32 handle) const;
 

@@ -15,7 +15,6 @@ public:
     // An invalid QVariant when nothing is stored under the key.
     virtual QVariant objectForKey(const QString &key) const = 0;
     virtual void setObject(const QVariant &value, const QString &key) = 0;
-    virtual void removeObjectForKey(const QString &key) = 0;
     // Pushes pending writes to storage now.
     virtual void synchronize() = 0;
 

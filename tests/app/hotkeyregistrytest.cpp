@@ -40,6 +40,7 @@ TEST(HotKeyRegistry, PressReachesOnlyARegisteredTargetAndSlot)
     delete gone;
     registry.unregisterHotKey(unregistered);
     EXPECT_EQ(hotKeys.held().size(), 3);
+    EXPECT_EQ(hotKeys.grabs().at(4).hotKeyId, 4u) << "refused registrations use up their ids too";
     for (const quintptr ref : {noSelector, noTarget, goneTarget, unregistered})
         hotKeys.press(quint32(ref));
     EXPECT_FALSE(target.isActive());

@@ -9,7 +9,6 @@ class FakeUserDefaults : public UserDefaults
 public:
     QVariant objectForKey(const QString &key) const override { return m_values.value(key); }
     void setObject(const QVariant &value, const QString &key) override { m_values.insert(key, value); }
-    void removeObjectForKey(const QString &key) override { m_values.remove(key); }
     void synchronize() override {}
 
     const QVariantMap &values() const { return m_values; }

@@ -45,11 +45,6 @@ void QSettingsUserDefaults::setObject(const QVariant &value, const QString &key)
     m_settings->setValue(key, value);
 }
 
-void QSettingsUserDefaults::removeObjectForKey(const QString &key)
-{
-    m_settings->remove(key);
-}
-
 void QSettingsUserDefaults::synchronize()
 {
     m_settings->sync();

@@ -23,7 +23,6 @@ public:
 
     QVariant objectForKey(const QString &key) const override;
     void setObject(const QVariant &value, const QString &key) override;
-    void removeObjectForKey(const QString &key) override;
     void synchronize() override;
 
 private:
