@@ -1,26 +1,10 @@
 #include "platform/fake/fakeworkspace.h"
-#include "ui/aboutpanel.h"
-#include "ui/versionbox.h"
 #include "ui/versiontitleimageview.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QMouseEvent>
-#include <QScopeGuard>
 
 #include <gtest/gtest.h>
-
-TEST(AboutPanelTest, namesTheProgramWithItsBuildWidthAndVersion)
-{
-    const auto restore = qScopeGuard([n = qApp->applicationName()] { qApp->setApplicationName(n); });
-    qApp->setApplicationName(QStringLiteral("Quillstash"));
-    qApp->setApplicationVersion(QStringLiteral("1.2.3"));
-    FakeWorkspace workspace;
-    const AboutPanel panel(workspace);
-    const QList<QLabel *> lines = panel.versionBox()->findChildren<QLabel *>();
-    EXPECT_EQ(lines[0]->text() + '|' + lines[1]->text(),
-              sizeof(void *) == 8 ? "Quillstash (64bit)|Version 1.2.3" : "Quillstash (32bit)|Version 1.2.3");
-}
 
 // The view's tag; the press times (ms) and x positions of a series of clicks; how often the page opens.
 using Clicks = std::tuple<int, std::vector<std::pair<ulong, int>>, int>;
