@@ -58,23 +58,6 @@ TEST_F(CustomTableViewTest, RightClickSelectsOnlyTheRowUnderThePointer)
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
-TEST_F(CustomTableViewTest, AResizeBurstScalesCheaplyUntilItEnds)
-{
-    addTexts(2);
-    view.setLiveResizeQuietTime(std::chrono::milliseconds(1));
-    view.resize(600, 400);
-    view.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
-    QCoreApplication::processEvents();
-    EXPECT_EQ(view.interpolation(), 0u) << "showing the window is no resize by the user";
-    view.resize(620, 400);
-    view.resize(640, 420);
-    EXPECT_EQ(view.interpolation(), 1u);
-    EXPECT_EQ(view.transformationMode(), Qt::FastTransformation);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return view.interpolation() == 3u; }, 2000));
-    EXPECT_EQ(view.transformationMode(), Qt::SmoothTransformation);
-}
-
 // The digit counts from the bottom row when scrolled; below every row counts as row -1, as a click beneath does.
 TEST_F(CustomTableViewTest, KeyNumberCountsFromTheLastRowWhenScrolled)
 {
