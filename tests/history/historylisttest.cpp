@@ -30,21 +30,18 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
     EXPECT_EQ(reset.count(), 0);
 }
 
-// Few runs of rows go as row removals, many as one reset; the fixture checks that the views were told.
-TEST_F(HistoryListTest, RemovingManyKeepsTheRestInOrder)
+// Many runs of rows go as one reset (a few, as row removals, in every other removal); the fixture checks that the
+// views were told.
+TEST_F(HistoryListTest, RemovingManyRunsKeepsTheRestInOrder)
 {
-    for (const int step : {2, 7}) {
-        SCOPED_TRACE(step);
-        nsac.removeObjectsAtArrangedObjectIndexes(0, nsac.arrangedCount());
-        QList<Entry> gone;
-        QList<Entry> kept;
-        for (int i = 0; i < 100; ++i) {
-            const Entry entry = addEntry(QString::number(i), QString::number(i));
-            (i % step == 1 ? gone : kept).append(entry);
-        }
-        nsac.setSelectionIndexes({1, 3});
-        nsac.removeObjects(gone);
-        EXPECT_EQ(arranged(), texts(kept));
-        EXPECT_EQ(nsac.selectedObjects().size(), step == 2 ? 0 : 1);
+    QList<Entry> gone;
+    QList<Entry> kept;
+    for (int i = 0; i < 100; ++i) {
+        const Entry entry = addEntry(QString::number(i), QString::number(i));
+        (i % 2 == 1 ? gone : kept).append(entry);
     }
+    nsac.setSelectionIndexes({1, 2});
+    nsac.removeObjects(gone);
+    EXPECT_EQ(arranged(), texts(kept));
+    EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("2")});
 }

@@ -5,7 +5,6 @@
 #include <QCloseEvent>
 #include <QFrame>
 #include <QGraphicsOpacityEffect>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QPropertyAnimation>
 #include <QToolBar>
@@ -91,15 +90,6 @@ TEST_F(WindowCtrlTest, PreviewChangesOnlyWithTheTextAndANewTextRestartsTheFade)
     EXPECT_TRUE(shows(green));
     EXPECT_DOUBLE_EQ(opacity(image)->opacity(), 1.0);
     EXPECT_EQ(fades.first()->state(), QAbstractAnimation::Running);
-}
-
-TEST_F(WindowCtrlTest, BackgroundApplicationDimsTheWindowUntilActivated)
-{
-    for (const auto &[state, opacity] : {std::pair{Qt::ApplicationInactive, 0.8}, {Qt::ApplicationHidden, 0.8},
-                                         {Qt::ApplicationActive, 1.0}}) {
-        Q_EMIT qGuiApp->applicationStateChanged(state);
-        EXPECT_DOUBLE_EQ(window.windowOpacity(), opacity) << state;
-    }
 }
 
 // Qt 6 quits by closing every window: only the window manager's close may be refused.
