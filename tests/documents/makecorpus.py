@@ -17,48 +17,38 @@ def ts_integer(value, order="<"):
 def archive(text, powerpc=False):
     # A PowerPC Mac writes big-endian under its own signature; here it archives a mutable string.
     order = ">" if powerpc else "<"
-    utf8 = text.encode()
     out = b"\x04\x0b" + (b"typedstream" if powerpc else b"streamtyped") + ts_integer(1000, order) + b"\x84\x01@\x84"
-    if powerpc:
-        out += b"\x84\x84\x0fNSMutableString\x01"
+    out += b"\x84\x84\x0fNSMutableString\x01" if powerpc else b""
     out += b"\x84\x84\x08NSString\x01\x84\x84\x08NSObject\x00\x85"
-    return out + b"\x84\x01+" + ts_integer(len(utf8), order) + utf8 + b"\x86"
-
-
-def xml(value):
-    # plistlib writes as Mac OS X does: tabs, sorted keys, base64 in lines of 68 characters.
-    return plistlib.dumps(value, fmt=plistlib.FMT_XML)
+    return out + b"\x84\x01+" + ts_integer(len(text.encode()), order) + text.encode() + b"\x86"
 
 
 def record(content, types, datas):
     return b"".join(struct.pack("<i", len(block)) + block for block in (content, types, datas))
 
 
-def entry(text, types, datas):
-    return record(archive(text), xml(types), xml(datas))
+def entry(text, types, datas, fmt=plistlib.FMT_XML):
+    # plistlib's XML is Mac OS X's: tabs, sorted keys, base64 in lines of 68 characters.
+    return record(archive(text), plistlib.dumps(types, fmt=fmt), plistlib.dumps(datas, fmt=fmt))
 
 
 def text_record(text):
     return entry(text, [PLAIN, STRING], {PLAIN: text.encode(), STRING: text.encode()})
 
 
-odd = "com.example.a&b<c>"
-# Sorted keys; a long text archived as its 144-unit display string over 4000 bytes of data; 51 bytes
-# make one full line; an empty text; names with markup characters and empty data.
+odd, words = "com.example.a&b<c>", "Grüße, 東京 ✓"
+# A long text archived as its 144-unit display string over 4000 bytes of data; 51 bytes make one full base64 line.
 every_kind = (entry("a" * 140 + " ...", [PLAIN, STRING], {PLAIN: b"a" * 4000, STRING: b"a" * 4000})
               + entry("", ["public.tiff", "public.png"], {"public.tiff": bytes(51), "public.png": b"\x89PNG"})
-              + entry("Grüße, 東京 ✓", [PLAIN, odd], {PLAIN: "Grüße, 東京 ✓".encode(), odd: b""}))
-binary = record(archive("binary"), plistlib.dumps([PLAIN], fmt=plistlib.FMT_BINARY),
-                plistlib.dumps({PLAIN: b"binary"}, fmt=plistlib.FMT_BINARY))
-two = text_record("one") + text_record("two")
-third = text_record("three")
+              + entry(words, [PLAIN, odd], {PLAIN: words.encode(), odd: b""}))
+two, third = text_record("one") + text_record("two"), text_record("three")
 content_end = 4 + len(archive("three"))
-types_end = content_end + 4 + len(xml([PLAIN, STRING]))
+types_end = content_end + 4 + len(plistlib.dumps([PLAIN, STRING]))
 files = {
     "0-empty": b"",
     "3-every-kind": every_kind,
-    "1-binary-plists": binary,
-    "1-mutable-string-powerpc-archive": record(archive("p" * 200, powerpc=True), xml([PLAIN]), xml({})),
+    "1-binary-plists": entry("binary", [PLAIN], {PLAIN: b"binary"}, plistlib.FMT_BINARY),
+    "1-mutable-string-powerpc-archive": record(archive("p" * 200, powerpc=True), *map(plistlib.dumps, ([PLAIN], {}))),
     "1-unreadable-plists": record(archive("plain"), b"garbage", b"<dict>"),
     "1-empty-types": entry("untyped", [], {}),
 }
@@ -81,4 +71,3 @@ here = pathlib.Path(__file__).resolve().parent / "corpus"
 here.mkdir(exist_ok=True)
 for name, data in files.items():
     (here / (name + ".qs_backup")).write_bytes(data)
-

@@ -10,7 +10,6 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
 {
     for (const char *text : {"Apple pie", "banana", "APPLE juice", "cherry", "pineapple"})
         addEntry(QString::fromLatin1(text), QString::number(nsac.allObjects().size()));
-    QSignalSpy changed(&nsac, &HistoryList::selectionChanged);
     nsac.setSelectionIndexes({3, 1, 42, -1});
     EXPECT_EQ(nsac.selectionIndexes(), (QList<int>{1, 3}));
     nsac.removeObject(nsac.arrangedObjects().at(0));
@@ -25,51 +24,24 @@ TEST_F(HistoryListTest, SelectionFollowsRemovalsAndTheFilter)
     nsac.setFilterString(QStringLiteral("apple"));
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 4 5").split(u' '));
     EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("APPLE juice")});
-    nsac.setFilterString(QStringLiteral("juice")); // rows that go one after another
-    EXPECT_EQ(arranged(&contents::indexCount), QStringList{QStringLiteral("2")});
     nsac.setFilterString(QString());
     EXPECT_EQ(arranged(&contents::indexCount), QStringLiteral("2 3 4 5").split(u' '));
     EXPECT_EQ(nsac.selectionIndexes(), QList<int>{0});
     EXPECT_EQ(reset.count(), 0);
-    // Selected twice, rows moved up by a removal, one removed, one filtered out.
-    EXPECT_EQ(changed.count(), 5);
 }
 
-// Few runs of rows go as row removals, many as one reset; the fixture checks that the views were told.
-TEST_F(HistoryListTest, RemovingManyKeepsTheRestInOrder)
+// Many runs of rows go as one reset (a few, as row removals, in every other removal); the fixture checks that the
+// views were told.
+TEST_F(HistoryListTest, RemovingManyRunsKeepsTheRestInOrder)
 {
-    for (const int step : {2, 7}) {
-        SCOPED_TRACE(step);
-        nsac.removeObjectsAtArrangedObjectIndexes(0, nsac.arrangedCount());
-        QList<Entry> gone;
-        QList<Entry> kept;
-        for (int i = 0; i < 100; ++i) {
-            const Entry entry = addEntry(QString::number(i), QString::number(i));
-            (i % step == 1 ? gone : kept).append(entry);
-        }
-        nsac.setSelectionIndexes({1, 3});
-        nsac.removeObjects(gone);
-        EXPECT_EQ(arranged(), texts(kept));
-        EXPECT_EQ(nsac.selectedObjects().size(), step == 2 ? 0 : 1);
+    QList<Entry> gone;
+    QList<Entry> kept;
+    for (int i = 0; i < 100; ++i) {
+        const Entry entry = addEntry(QString::number(i), QString::number(i));
+        (i % 2 == 1 ? gone : kept).append(entry);
     }
-}
-
-// A history of final previews costs the tick nothing; hidden entries wait for their attempts.
-TEST_F(HistoryListTest, PreviewAttemptsGoOnlyToShownEntriesWhosePreviewIsNotFinal)
-{
-    const Entry shown = addEntry(QStringLiteral("shown"));
-    const Entry hidden = addEntry(QStringLiteral("hidden"));
-    nsac.setFilterString(QStringLiteral("SHOWN"));
-    for (int i = 0; i < 6; ++i)
-        nsac.givePreviewAttempts(nullptr);
-    EXPECT_TRUE(shown->isImageSet());
-    EXPECT_EQ(shown->imageAttempts(), 4);
-    EXPECT_EQ(hidden->imageAttempts(), 0);
-
-    nsac.setFilterString(QString());
-    nsac.givePreviewAttempts(nullptr);
-    EXPECT_EQ(hidden->imageAttempts(), 1);
-    nsac.removeObject(hidden);
-    nsac.givePreviewAttempts(nullptr);
-    EXPECT_EQ(hidden->imageAttempts(), 1);
+    nsac.setSelectionIndexes({1, 2});
+    nsac.removeObjects(gone);
+    EXPECT_EQ(arranged(), texts(kept));
+    EXPECT_EQ(texts(nsac.selectedObjects()), QStringList{QStringLiteral("2")});
 }

@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-// Cases the random texts below cannot make: an empty needle, a needle whose prefix
-// recurs, needles outside ASCII and bytes that are not UTF-8.
+// Cases the random texts below cannot make: empty, recurring prefixes, non-ASCII and non-UTF-8.
 TEST(TextMatcher, FindsTheNeedleIgnoringCase)
 {
     const struct { const char *needle, *text; bool found; } cases[] = {
@@ -17,9 +16,8 @@ TEST(TextMatcher, FindsTheNeedleIgnoringCase)
         EXPECT_EQ(TextMatcher(QString::fromUtf8(c.needle)).matches(QByteArray(c.text)), c.found) << c.needle << " in " << c.text;
 }
 
-// The byte search must agree with QString's own over texts that mix cases, the two folding
-// twins (U+212A KELVIN SIGN and U+017F LONG S fold to k and s), other letters outside ASCII
-// and the ASCII neighbours of letters that differ from them in the case bit alone.
+// Over mixed cases, the folding twins of k and s (U+212A, U+017F), other non-ASCII letters and the
+// ASCII neighbours that differ from letters in the case bit alone.
 TEST(TextMatcher, AgreesWithQStringOnRandomTexts)
 {
     const QString alphabet = QStringLiteral("aBkS\u212A\u017F\u00E4 [{@`");

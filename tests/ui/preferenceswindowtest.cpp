@@ -4,7 +4,6 @@
 #include "ui/fixedphrasebox.h"
 #include "ui/preferenceswindow.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QSignalSpy>
 #include <QTimer>
@@ -36,18 +35,14 @@ protected:
     PreferencesWindow window{registries};
 };
 
-TEST_F(PreferencesWindowTest, freshUserSeesTheDefaultsAndApplyWritesEveryControl)
+// The desktop tests store the defaults a fresh user is shown with OK; here every control is flipped and applied.
+TEST_F(PreferencesWindowTest, applyWritesEveryControlAndCancelAfterItUndoesNothing)
 {
     QSignalSpy rebuilds(&window, &PreferencesWindow::phraseMenuRebuildDue);
     open([&] {
-        QString shown;
         for (const char *name : {"mautosaveButton", "mautoremoveButton", "mautosoundButton", "mautolaunchButton",
-                                 "mBounceButton", "mAutoRecStartButton", "mRecAtStartupButton"}) {
-            shown += child(name)->property("checked").toBool() ? u'1' : u'0';
+                                 "mBounceButton", "mAutoRecStartButton", "mRecAtStartupButton"})
             click(name);
-        }
-        EXPECT_EQ(shown + text("mnumLabel") + text("numberFP"), "011011160Ctrl+Alt+Shift+1");
-        EXPECT_TRUE(QApplication::activeModalWidget() == &window && child("okButton")->property("default").toBool());
         qobject_cast<QCheckBox *>(child("mBounceButton"))->setCheckState(Qt::PartiallyChecked); // counts as off
         child("mnumSlider")->setProperty("value", 250);
         click("applyButton");

@@ -16,14 +16,13 @@ protected:
     void keyPressEvent(QKeyEvent *) override { ++presses; }
 };
 
-TEST(SearchFieldTest, ReturnSearchesAndArrowsDoNothing)
+// The desktop tests search on Return; here typing alone and the arrows, which must not reach the table.
+TEST(SearchFieldTest, TypingAndArrowsNeitherSearchNorMoveNorReachTheTable)
 {
     KeyCatcher parent;
     auto *field = new SearchField(&parent);
     QSignalSpy searched(field, &SearchField::searchRequested);
     QTest::keyClicks(field, QStringLiteral("Apple"));
-    EXPECT_EQ(searched.count(), 0) << "typing never filters";
-
     field->setCursorPosition(2);
     for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down}) {
         QTest::keyClick(field, key);
@@ -31,19 +30,6 @@ TEST(SearchFieldTest, ReturnSearchesAndArrowsDoNothing)
     }
     EXPECT_EQ(parent.presses, 0) << "arrows must not reach the table";
     EXPECT_EQ(searched.count(), 0);
-    QTest::keyClick(field, Qt::Key_Left, Qt::ShiftModifier); // selecting still works
-    EXPECT_EQ(field->selectedText(), QStringLiteral("p"));
-
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_EQ(searched.count(), 1);
-    EXPECT_EQ(searched.at(0).at(0).toString(), QStringLiteral("Apple"));
-
-    field->clear(); // the clear button: nothing is filtered until Return
-    EXPECT_EQ(searched.count(), 1);
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_EQ(searched.count(), 2);
-    EXPECT_EQ(searched.at(1).at(0).toString(), QString());
-    EXPECT_EQ(field->placeholderText(), QStringLiteral("Search"));
 }
 
 } // namespace

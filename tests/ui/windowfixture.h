@@ -22,8 +22,7 @@ inline Entry pictureEntry(const QString &text, const QColor &colour)
     return makeEntry({type}, text, {{type, tiff}});
 }
 
-// The main window with its actions and controller, as the application builds them,
-// at a full-size frame of 800 x 600 whose top-left is (100, 50).
+// The main window with its actions and controller, as the application builds them, framed at (100, 50, 800, 600).
 class WindowFixture : public ::testing::Test
 {
 protected:
