@@ -51,7 +51,7 @@ TEST_F(KeyCommandsTest, SeventeenCtrlAltKeysAreRegisteredInTheirOrderAndEverySel
 }
 
 // The desktop tests press the digits over five rows and within a search; here the short lists and the side effects.
-TEST_F(KeyCommandsTest, DigitsNeedTwoRowsAndStopRecordingUnlessAlwaysOnAndPlainTextIsRecorded)
+TEST_F(KeyCommandsTest, DigitsNeedTwoRowsAndStopRecordingUnlessAlwaysOnAndPlainTextLeavesPicturesAlone)
 {
     registries.setAutoRec(false);
     recording.setAutomaticRec(true);
@@ -66,14 +66,18 @@ TEST_F(KeyCommandsTest, DigitsNeedTwoRowsAndStopRecordingUnlessAlwaysOnAndPlainT
     EXPECT_EQ(clipboardText(), QStringLiteral("one"));
     EXPECT_EQ(sounds().count(QStringLiteral("Tink")), 3);
 
-    // The desktop tests reduce styled text; here the plain text, not marked as ours, is recorded.
+    // The desktop tests reduce styled text; here a picture stays, and the plain text, not marked as ours, is recorded.
     recording.setAutomaticRec(true);
+    pasteboard.setState({{QStringLiteral("public.png"), "\x89PNG"}});
+    tick();
+    keys._keyEvent_P();
+    EXPECT_EQ(pasteboard.types(), QStringList{QStringLiteral("public.png")});
     pasteboard.setState({{QStringLiteral("public.html"), "<b>bold</b>"}, {plainType, "bold"}, {stringType, "bold"}});
     tick();
     keys.perform("convertUtf8:");
     tick();
-    ASSERT_EQ(nsac.arrangedCount(), 4);
-    EXPECT_EQ(nsac.arrangedObjects().at(3)->types(), QStringList{plainType});
+    ASSERT_EQ(nsac.arrangedCount(), 5);
+    EXPECT_EQ(nsac.arrangedObjects().at(4)->types(), QStringList{plainType});
 }
 
 // The desktop tests press a phrase's and the date's keys; here the menu, an empty phrase, and the date's language.
