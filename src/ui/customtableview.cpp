@@ -79,11 +79,6 @@ Qt::TransformationMode CustomTableView::transformationMode() const
     return _interpolation == InterpolationNone ? Qt::FastTransformation : Qt::SmoothTransformation;
 }
 
-void CustomTableView::setLiveResizeQuietTime(std::chrono::milliseconds quietTime)
-{
-    m_liveResizeEnd.setInterval(quietTime);
-}
-
 int CustomTableView::GetKeyNumberFromRect(const QRect &cellRect) const
 {
     const int rows = model() ? model()->rowCount(rootIndex()) : 0;

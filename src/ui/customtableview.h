@@ -40,8 +40,6 @@ public:
     quint32 interpolation() const { return _interpolation; }
     // How pictures are scaled while the rows are painted.
     Qt::TransformationMode transformationMode() const;
-    // How long the resize events must stay away before the resize counts as ended.
-    void setLiveResizeQuietTime(std::chrono::milliseconds quietTime);
 
     // The digit of the row at the rectangle's top, counted from the bottom
     // of the table: 0 for the last row. A rectangle on no row gives the row count.
