@@ -23,7 +23,7 @@ echo "== shared-mime-info"
 mkdir -p "$root/mime-check/packages"
 cp "$root"/usr/share/mime/packages/quillstash.xml "$root/mime-check/packages/"
 update-mime-database -V "$root/mime-check" 2>&1 | tee "$root/mime.txt"
-! grep -qi 'error\|warning\|unknown' "$root/mime.txt"
+if grep -i 'error\|warning\|unknown' "$root/mime.txt"; then exit 1; fi
 grep -q '^50:application/x-quillstash-backup:\*\.qs_backup$' "$root/mime-check/globs2"
 grep '' "$root/mime-check/globs2" | grep -v '^#'
 
