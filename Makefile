@@ -14,7 +14,7 @@ deps:
 	@scripts/install-deps.sh
 
 configure: deps
-	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(if $(PREFIX),-DCMAKE_INSTALL_PREFIX=$(PREFIX)) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
@@ -29,7 +29,7 @@ test: build
 
 install: configure
 	@cmake --build $(BUILD_DIR) --target quillstash quillstash_compressed_docs -j $(JOBS)
-	cmake --install $(BUILD_DIR) $(if $(PREFIX),--prefix $(PREFIX))
+	cmake --install $(BUILD_DIR)
 
 # A Release build for /usr with Debian's hardening flags, packed by CPack
 # into $(PACKAGE_BUILD_DIR)/quillstash_<version>_amd64.deb, then validated.
