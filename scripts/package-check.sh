@@ -105,6 +105,7 @@ step "autostart entry"
 entry="$root$home/.config/autostart/quillstash.desktop"
 cat "$entry"
 grep -qx 'Exec=/usr/bin/quillstash' "$entry"
+if command -v desktop-file-validate >/dev/null; then desktop-file-validate "$entry"; fi
 grep -q '^alive after 3 s' "$out/run.txt"
 grep -q '^windows named Untitled: [1-9]' "$out/run.txt"
 # With no notification service on a bus, the program prints that it has none.
