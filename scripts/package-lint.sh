@@ -15,7 +15,7 @@ desktop-file-validate "$root"/usr/share/applications/*.desktop
 
 echo "== appstreamcli validate"
 # --no-net: the screenshots are checked for form, not fetched.
-appstreamcli validate --no-net --explain "$root"/usr/share/metainfo/*.metainfo.xml
+appstreamcli validate --pedantic --no-net --explain "$root"/usr/share/metainfo/*.metainfo.xml
 
 echo "== shared-mime-info"
 # update-mime-database reports what it cannot use; the glob must reach the
