@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages Quillstash builds, runs and is tested with,
 # but only those that are missing, so that a second run costs nothing.
+#   scripts/install-deps.sh           what `make run` and `make test` need
+#   scripts/install-deps.sh package   what building and checking the .deb needs
 set -euo pipefail
 
 packages=(
@@ -12,6 +14,11 @@ packages=(
   clang libclang-rt-14-dev python3
   xvfb xauth xclip xdotool dbus x11-utils x11-xserver-utils imagemagick fonts-dejavu-core
 )
+if [ "${1:-}" = package ]; then
+  # CPack's dependency scan (dpkg-shlibdeps, file), the validators, the clean
+  # Debian root of scripts/package-check.sh, and the icon renderer.
+  packages+=(dpkg-dev file lintian desktop-file-utils appstream shared-mime-info debootstrap librsvg2-bin)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
