@@ -17,7 +17,7 @@ cxxflags="$(cd "$top" && dpkg-buildflags --get CXXFLAGS) $(dpkg-buildflags --get
 ldflags=$(dpkg-buildflags --get LDFLAGS)
 
 cmake -S "$top" -B "$build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
-  -DBUILD_TESTING=OFF -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON \
+  -DBUILD_TESTING=OFF -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON -DQUILLSTASH_SOURCE_SOUNDS=OFF \
   -DCMAKE_CXX_FLAGS="$cxxflags" -DCMAKE_EXE_LINKER_FLAGS="$ldflags" >/dev/null
 cmake --build "$build" -j "$jobs"
 rm -f "$build"/quillstash_*.deb

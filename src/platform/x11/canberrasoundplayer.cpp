@@ -49,7 +49,10 @@ QString CanberraSoundPlayer::soundFile(const QString &name)
     const QString fileName = name + QLatin1String(soundFileSuffix);
     const QStringList folders{
         QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quillstash/sounds"),
+#ifdef QUILLSTASH_SOURCE_DATA_DIR
+        // A program run from its build folder, not installed.
         QStringLiteral(QUILLSTASH_SOURCE_DATA_DIR "/sounds"),
+#endif
     };
     for (const QString &folder : folders) {
         const QFileInfo file(folder + u'/' + fileName);
