@@ -8,9 +8,10 @@ using ApplicationTest = DesktopTest;
 
 // OK in the preferences of a fresh user stores what the window showed: the defaults, but for a limit lowered to 10,
 // which trims the history at the next tick, and phrase 1, whose key works at once. The tick waits while the window is
-// open. At quit the alert's "Cancel" (Escape) leaves the program running with its keys; "Save" (the default button)
-// saves through its panel, there being no file yet, and quits; the settings reach the settings file.
-TEST_F(ApplicationTest, preferencesStoreTrimAndRebuildThePhraseKeysAndTheQuitAlertCancelsAndSaves)
+// open. At quit the alert's "Cancel" (Escape) leaves the program running with its keys. A second launch naming a file
+// makes the running program save its dirty history there and load it back, numbered from 0; "Save" (the default
+// button) then saves into it and quits, and the settings reach the settings file.
+TEST_F(ApplicationTest, preferencesTrimAndRebuildThePhraseKeysCancelKeepsRunningASecondLaunchHandsAFileOverAndSaveQuits)
 {
     ASSERT_TRUE(startProgram());
     for (int i = 1; i <= 11; ++i) {
@@ -36,15 +37,31 @@ TEST_F(ApplicationTest, preferencesStoreTrimAndRebuildThePhraseKeysAndTheQuitAle
     ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs)) << "Cancel ended the program";
     key("ctrl+alt+1");
     EXPECT_TRUE(QTest::qWaitFor([&] { return clipboardText() == "11"; }, 3000));
-    ASSERT_TRUE(quitAsks());
-    key("Return");
-    ASSERT_FALSE(focusWindow(QStringLiteral("^Save")).isEmpty()) << "no save panel";
-    ASSERT_TRUE(xdotool({"type", "--delay", "20", m_home.filePath(QStringLiteral("kept.qs_backup"))}));
+
+    // Launched as a file manager would, with a relative name the running program must make absolute, a second
+    // instance ends silently within 2 s.
+    const auto launchAgain = [this](const QStringList &arguments) {
+        QProcess again;
+        again.setProcessEnvironment(programEnvironment());
+        again.setWorkingDirectory(m_home.path());
+        again.setProcessChannelMode(QProcess::MergedChannels);
+        again.start(QStringLiteral(QUILLSTASH_BIN), arguments);
+        EXPECT_TRUE(again.waitForFinished(2000) && again.exitStatus() == QProcess::NormalExit && again.exitCode() == 0);
+        EXPECT_EQ(again.readAll().toStdString(), "");
+    };
+    QFile file(m_home.filePath(QStringLiteral("my history.qs_backup")));
+    launchAgain({QStringLiteral("my history.qs_backup")});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return file.exists(); }, 5000)) << "the history was not saved";
+    launchAgain({});
+    ASSERT_TRUE(copy("after the load"));
+    ASSERT_TRUE(waitForCaptures(13));
+    EXPECT_EQ(captureIndexes().last(), QStringLiteral("10")) << "the handed file was not loaded";
+    ASSERT_TRUE(waitForMoreTicks(1, twoTicksMs));
+    ASSERT_TRUE(quitAsks(QStringLiteral("^my history")));
     key("Return");
     quitProgram({}, false);
-    ASSERT_EQ(QDir(m_home.path()).entryList({"*.qs_backup"}, QDir::Files), QStringList{"kept.qs_backup"});
-    QFile file(m_home.filePath(QStringLiteral("kept.qs_backup")));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.readAll().contains("while the window is open"));
+    EXPECT_EQ(QDir(m_home.path()).entryList({"*.qs_backup"}, QDir::Files), QStringList{file.fileName().section(u'/', -1)});
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.readAll().contains("after the load"));
 
     QSettings settings(m_home.filePath(QStringLiteral(".config/Quillstash/Quillstash.conf")), QSettings::IniFormat);
     QStringList stored;

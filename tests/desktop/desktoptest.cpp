@@ -179,9 +179,9 @@ QString DesktopTest::focusWindow(const QString &title)
     return id;
 }
 
-bool DesktopTest::quitAsks()
+bool DesktopTest::quitAsks(const QString &title)
 {
-    return !focusWindow(QStringLiteral("^Untitled")).isEmpty() && xdotool({"key", "ctrl+q"})
+    return !focusWindow(title).isEmpty() && xdotool({"key", "ctrl+q"})
         && !focusWindow(QStringLiteral("^Warning$")).isEmpty();
 }
 

@@ -63,8 +63,8 @@ protected:
     static QString visibleWindow(const QString &title);
     // The same once it shows, focused; empty when none comes within 3 s.
     static QString focusWindow(const QString &title);
-    // Ctrl+Q in the main window; true when the "Warning" alert came and has the keyboard.
-    static bool quitAsks();
+    // Ctrl+Q in the main window, of that title; true when the "Warning" alert came and has the keyboard.
+    static bool quitAsks(const QString &title = QStringLiteral("^Untitled"));
     // The window's place and size on the screen (with no window manager, the X window's own).
     static QRect windowGeometry(const QString &window);
     // PNG of that part of the screen, as the X server shows it: popups included.
