@@ -1,20 +1,57 @@
 #include "desktop/desktoptest.h"
 
+#include "support/scriptedowner.h"
+
 #include <QDir>
+#include <QMimeData>
 #include <QSettings>
 #include <QTest>
 
 using ApplicationTest = DesktopTest;
+using Answer = ScriptedOwner::Answer;
 
+// This process owns the clipboard for the secret states, as xclip offers only one target. An owner that answers its
+// text and hangs on its other formats gets one allowance of silence (5 s) for them all: it is captured with its text
+// once that is spent, and the next copy is captured at the next tick.
 // OK in the preferences of a fresh user stores what the window showed: the defaults, but for a limit lowered to 10,
 // which trims the history at the next tick, and phrase 1, whose key works at once. The tick waits while the window is
 // open. At quit the alert's "Cancel" (Escape) leaves the program running with its keys. A second launch naming a file
 // makes the running program save its dirty history there and load it back, numbered from 0; "Save" (the default
 // button) then saves into it and quits, and the settings reach the settings file.
-TEST_F(ApplicationTest, preferencesTrimAndRebuildThePhraseKeysCancelKeepsRunningASecondLaunchHandsAFileOverAndSaveQuits)
+TEST_F(ApplicationTest, secretsHungOwnersPreferencesCancelASecondLaunchHandingAFileOverAndSave)
 {
+    const struct { const char *text; QString marker; QByteArray value; } states[]{
+        {"secret hint", QStringLiteral("x-kde-passwordManagerHint"), "secret"},
+        {"concealed type", QStringLiteral("org.nspasteboard.ConcealedType"), ""},
+        {"hint that is not secret", QStringLiteral("x-kde-passwordManagerHint"), "public"},
+    };
     ASSERT_TRUE(startProgram());
-    for (int i = 1; i <= 11; ++i) {
+    for (const auto &state : states) {
+        auto *mime = new QMimeData;
+        mime->setData(QStringLiteral("text/plain"), state.text);
+        mime->setData(state.marker, state.value);
+        ASSERT_TRUE(ownClipboard(mime)) << state.text;
+        ASSERT_TRUE(waitForMoreTicks(3, 4 * tickMs)) << state.text;
+    }
+    EXPECT_EQ(captures().size(), 1) << "a secret state was recorded";
+    const QStringList textTypes{QStringLiteral("public.utf8-plain-text"), QStringLiteral("NSStringPboardType")};
+    {
+        ScriptedOwner partlyHung({{"UTF8_STRING", Answer::Data, "answered before the silence"}, {"text/html", Answer::Silent},
+                                  {"text/rtf", Answer::Silent}, {"application/x-silent", Answer::Silent}});
+        ASSERT_TRUE(partlyHung.isOwner());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return captures().size() == 2; }, 5000 + twoTicksMs))
+            << "not captured one time-out and a tick after the copy";
+        EXPECT_EQ(captures().last(), textTypes);
+        EXPECT_EQ(noticeBodies(QStringLiteral("Add to Table"), 2).last(), QStringLiteral("answered before the silence"));
+        ScriptedOwner hung({{"UTF8_STRING", Answer::Silent}, {"text/html", Answer::Silent}});
+        ASSERT_TRUE(hung.isOwner());
+        ASSERT_TRUE(waitForMoreTicks(2, twoTicksMs));
+        ASSERT_TRUE(copy("copied after the hung owner"));
+        ASSERT_TRUE(waitForCaptures(3)) << "the copy waited for the hung owner";
+        EXPECT_EQ(captures().last(), textTypes);
+    }
+
+    for (int i = 4; i <= 11; ++i) {
         ASSERT_TRUE(copy(QByteArray::number(i)));
         ASSERT_TRUE(waitForCaptures(i));
     }
