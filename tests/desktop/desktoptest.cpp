@@ -193,11 +193,3 @@ QRect DesktopTest::windowGeometry(const QString &window)
         v[line.section(u'=', 0, 0)] = line.section(u'=', 1).toInt();
     return {v["X"], v["Y"], v["WIDTH"], v["HEIGHT"]};
 }
-
-bool DesktopTest::screenshot(const QRect &area, const QString &file)
-{
-    QProcess import;
-    import.start("import", {"-window", "root", "-crop",
-                            QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y()), "+repage", file});
-    return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
-}

@@ -67,8 +67,6 @@ protected:
     static bool quitAsks(const QString &title = QStringLiteral("^Untitled"));
     // The window's place and size on the screen (with no window manager, the X window's own).
     static QRect windowGeometry(const QString &window);
-    // PNG of that part of the screen, as the X server shows it: popups included.
-    static bool screenshot(const QRect &area, const QString &file);
 
     QTemporaryDir m_home;
     std::unique_ptr<NotificationServer> m_notices;

@@ -4,11 +4,13 @@
 #include <QBuffer>
 #include <QDate>
 #include <QDir>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMimeData>
 #include <QPainter>
 #include <QProcess>
 #include <QScopeGuard>
+#include <QScreen>
 #include <QSettings>
 #include <QTest>
 
@@ -67,10 +69,11 @@ protected:
     {
         xdo(QStringLiteral("mousemove --sync --window %1 %2 %3 click %4").arg(m_window).arg(x).arg(y).arg(button));
     }
-    void shoot(const char *name, const QRect &area)
+    // That part of the screen as the X server shows it, popups included.
+    static void shoot(const char *name, const QRect &area)
     {
         if (const QString file = shotFile(name); !file.isEmpty()) {
-            EXPECT_TRUE(screenshot(area, file)) << name;
+            EXPECT_TRUE(QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).save(file)) << name;
         }
     }
 
@@ -161,10 +164,10 @@ TEST_F(WindowTest, trayRowsRestoreDeleteSearchCompactHotKeysAndQuitWithoutSaving
     EXPECT_EQ(noticeBodies(QStringLiteral("Remove from Table"), 1), QStringList{linkText});
     expectRows({row(2, 2, meeting), row(2, 1, shopping), row(0, 0, pictureText)});
 
-    if (const QString file = shotFile("context-menu.png"); !file.isEmpty()) {
+    if (!shotFile("context-menu.png").isEmpty()) {
         click(300, tableTop + rowHeight / 2, 3);
         QTest::qWait(500);
-        EXPECT_TRUE(screenshot(QRect(full.topLeft(), QSize(full.width(), full.height() / 2 + 50)), file));
+        shoot("context-menu.png", QRect(full.topLeft(), QSize(full.width(), full.height() / 2 + 50)));
         key("Escape");
     }
 
@@ -224,7 +227,6 @@ TEST_F(WindowTest, trayRowsRestoreDeleteSearchCompactHotKeysAndQuitWithoutSaving
     const QString date = clipboardText();
     EXPECT_TRUE(date.contains(QString::number(QDate::currentDate().year())) && date.size() > 20) << date.toStdString();
     EXPECT_EQ(dates, QStringList{date});
-    EXPECT_TRUE(read(QStringLiteral("TARGETS")).contains("quillstash.ignore"));
     ASSERT_TRUE(waitForMoreTicks(2, 2 * twoTicksMs));
     EXPECT_EQ(captures().size(), 4) << "the tick recorded the date";
     key("ctrl+alt+e");
