@@ -28,7 +28,6 @@ protected:
 
     bool startProgram();
     QProcessEnvironment programEnvironment() const;
-    qint64 programPid() const { return m_program.processId(); }
     // SIGTERM (unless the program is to end by itself); expects an orderly end and no output beyond ticks, captures
     // and the expected lines.
     void quitProgram(const QStringList &expectedLines = {}, bool terminate = true);

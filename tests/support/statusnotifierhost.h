@@ -2,7 +2,6 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
@@ -34,15 +33,8 @@ public:
     }
     bool isHostRegistered() const { return true; }
 
-    // The item whose bus connection belongs to the process pid; empty when none.
-    QString itemOfProcess(qint64 pid) const
-    {
-        for (const QString &item : m_items) {
-            if (m_bus.interface()->servicePid(item).value() == pid)
-                return item;
-        }
-        return {};
-    }
+    // The service of the first item that registered; empty when none has.
+    QString firstItem() const { return m_items.value(0); }
     // (sa(iiay)ss): icon name, icon, title, text. Qt puts the tool tip in the title.
     QString toolTip(const QString &item) const
     {
@@ -86,8 +78,6 @@ public:
 public Q_SLOTS:
     void RegisterStatusNotifierItem(const QString &service)
     {
-        if (m_items.contains(service))
-            return;
         m_items.append(service);
         m_bus.connect(service, QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.kde.StatusNotifierItem"),
                       QStringLiteral("NewIcon"), this, SLOT(countNewIcon()));
