@@ -10,14 +10,11 @@
 using ApplicationTest = DesktopTest;
 using Answer = ScriptedOwner::Answer;
 
-// This process owns the clipboard for the secret states, as xclip offers only one target. An owner that answers its
-// text and hangs on its other formats gets one allowance of silence (5 s) for them all: it is captured with its text
-// once that is spent, and the next copy is captured at the next tick.
-// OK in the preferences of a fresh user stores what the window showed: the defaults, but for a limit lowered to 10,
-// which trims the history at the next tick, and phrase 1, whose key works at once. The tick waits while the window is
-// open. At quit the alert's "Cancel" (Escape) leaves the program running with its keys. A second launch naming a file
-// makes the running program save its dirty history there and load it back, numbered from 0; "Save" (the default
-// button) then saves into it and quits, and the settings reach the settings file.
+// Secret states are not recorded; an owner that hangs on all but its text is captured with it after one time-out for
+// them all, and holds up no later copy. OK in the preferences stores the defaults shown but for a limit lowered to 10,
+// which trims at the next tick, and phrase 1, whose key works at once; the tick waits while they are open. The quit
+// alert's "Cancel" keeps the program and its keys. A second launch naming a file makes the program save its dirty
+// history there and load it, numbered from 0; "Save" then writes into it and quits, and the settings reach their file.
 TEST_F(ApplicationTest, secretsHungOwnersPreferencesCancelASecondLaunchHandingAFileOverAndSave)
 {
     const struct { const char *text; QString marker; QByteArray value; } states[]{
@@ -26,7 +23,7 @@ TEST_F(ApplicationTest, secretsHungOwnersPreferencesCancelASecondLaunchHandingAF
         {"hint that is not secret", QStringLiteral("x-kde-passwordManagerHint"), "public"},
     };
     ASSERT_TRUE(startProgram());
-    for (const auto &state : states) {
+    for (const auto &state : states) { // xclip offers only one target: this process owns the clipboard
         auto *mime = new QMimeData;
         mime->setData(QStringLiteral("text/plain"), state.text);
         mime->setData(state.marker, state.value);
@@ -34,21 +31,19 @@ TEST_F(ApplicationTest, secretsHungOwnersPreferencesCancelASecondLaunchHandingAF
         ASSERT_TRUE(waitForMoreTicks(3, 4 * tickMs)) << state.text;
     }
     EXPECT_EQ(captures().size(), 1) << "a secret state was recorded";
-    const QStringList textTypes{QStringLiteral("public.utf8-plain-text"), QStringLiteral("NSStringPboardType")};
     {
         ScriptedOwner partlyHung({{"UTF8_STRING", Answer::Data, "answered before the silence"}, {"text/html", Answer::Silent},
                                   {"text/rtf", Answer::Silent}, {"application/x-silent", Answer::Silent}});
         ASSERT_TRUE(partlyHung.isOwner());
         ASSERT_TRUE(QTest::qWaitFor([&] { return captures().size() == 2; }, 5000 + twoTicksMs))
             << "not captured one time-out and a tick after the copy";
-        EXPECT_EQ(captures().last(), textTypes);
+        EXPECT_EQ(captures().last(), (QStringList{"public.utf8-plain-text", "NSStringPboardType"}));
         EXPECT_EQ(noticeBodies(QStringLiteral("Add to Table"), 2).last(), QStringLiteral("answered before the silence"));
         ScriptedOwner hung({{"UTF8_STRING", Answer::Silent}, {"text/html", Answer::Silent}});
         ASSERT_TRUE(hung.isOwner());
         ASSERT_TRUE(waitForMoreTicks(2, twoTicksMs));
         ASSERT_TRUE(copy("copied after the hung owner"));
         ASSERT_TRUE(waitForCaptures(3)) << "the copy waited for the hung owner";
-        EXPECT_EQ(captures().last(), textTypes);
     }
 
     for (int i = 4; i <= 11; ++i) {

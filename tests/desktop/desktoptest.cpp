@@ -165,15 +165,12 @@ std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
     return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
 }
 
-QString DesktopTest::visibleWindow(const QString &title)
-{
-    return xdotool({"search", "--onlyvisible", "--name", title}).value_or(QString()).section(u'\n', 0, 0);
-}
-
 QString DesktopTest::focusWindow(const QString &title)
 {
     QString id;
-    (void)QTest::qWaitFor([&] { return !(id = visibleWindow(title)).isEmpty(); }, 3000);
+    (void)QTest::qWaitFor([&] {
+        return !(id = xdotool({"search", "--onlyvisible", "--name", title}).value_or(QString()).section(u'\n', 0, 0)).isEmpty();
+    }, 3000);
     if (!id.isEmpty())
         xdotool({"windowfocus", "--sync", id});
     return id;

@@ -58,9 +58,7 @@ protected:
     // xdotool with a command line split at spaces, asserted.
     static void xdo(const QString &command) { ASSERT_TRUE(xdotool(command.split(u' '))) << command.toStdString(); }
     static void key(const QString &keys) { xdo("key --delay 50 " + keys); }
-    // The first visible window of that title; empty when there is none.
-    static QString visibleWindow(const QString &title);
-    // The same once it shows, focused; empty when none comes within 3 s.
+    // The first visible window of that title once it shows, focused; empty when none comes within 3 s.
     static QString focusWindow(const QString &title);
     // Ctrl+Q in the main window, of that title; true when the "Warning" alert came and has the keyboard.
     static bool quitAsks(const QString &title = QStringLiteral("^Untitled"));
