@@ -15,7 +15,7 @@ namespace {
 constexpr int waitMs = 5000;
 
 // The message pattern below puts type and category first, so a warning stands out in a failure report.
-const QRegularExpression tickLine(QStringLiteral("^debug quillstash\\.tick: tick (\\d{10,})$"));
+const QRegularExpression tickLine(QStringLiteral("^debug quillstash\\.tick: tick \\d{10,}$"));
 const QRegularExpression captureLine(QStringLiteral("^debug quillstash\\.capture: captured (\\S+) types: (.*)$"));
 const QRegularExpression rowLine(QStringLiteral("^debug quillstash\\.table: row (\\d+) of (\\d+) (icon .*)$"));
 
@@ -40,16 +40,14 @@ void DesktopTest::SetUp()
         m_program.setReadChannel(QProcess::StandardError);
         while (m_program.canReadLine()) {
             const QString line = QString::fromUtf8(m_program.readLine()).chopped(1);
-            if (const QRegularExpressionMatch tick = tickLine.match(line); tick.hasMatch()) {
-                m_output.ticks.append(tick.captured(1).toLongLong());
+            if (tickLine.match(line).hasMatch()) {
+                ++m_output.ticks;
             } else if (const QRegularExpressionMatch capture = captureLine.match(line); capture.hasMatch()) {
                 m_output.captureIndexes.append(capture.captured(1));
                 m_output.captures.append(capture.captured(2).split(QStringLiteral(", ")));
             } else if (const QRegularExpressionMatch row = rowLine.match(line); row.hasMatch()) {
-                // Rows beyond the table's present end are gone.
-                m_output.rows.erase(m_output.rows.lower_bound(row.captured(2).toInt()), m_output.rows.end());
+                m_output.rows.resize(row.captured(2).toInt());
                 m_output.rows[row.captured(1).toInt()] = row.captured(3);
-                m_output.tableRows = row.captured(2).toInt();
             } else {
                 m_output.other.append(line);
             }
@@ -89,21 +87,13 @@ void DesktopTest::quitProgram(const QStringList &expectedLines, bool terminate)
 
 bool DesktopTest::waitForMoreTicks(int n, int timeoutMs)
 {
-    const qsizetype count = ticks().size() + n;
-    return QTest::qWaitFor([&] { return ticks().size() >= count; }, timeoutMs);
+    const qsizetype count = m_output.ticks + n;
+    return QTest::qWaitFor([&] { return m_output.ticks >= count; }, timeoutMs);
 }
 
 bool DesktopTest::waitForCaptures(int count)
 {
     return QTest::qWaitFor([&] { return captures().size() >= count; }, twoTicksMs);
-}
-
-QStringList DesktopTest::paintedRows() const
-{
-    QStringList rows;
-    for (const auto &[row, line] : m_output.rows)
-        rows.append(line);
-    return rows;
 }
 
 bool DesktopTest::copy(const QByteArray &data, const QString &target)
@@ -152,13 +142,17 @@ bool DesktopTest::ownClipboard(QMimeData *mime)
     return cleared && QTest::qWaitFor([&] { return owner() != 0; }, waitMs);
 }
 
-QStringList DesktopTest::noticeBodies(const QString &summary) const
+QStringList DesktopTest::noticeBodies(const QString &summary, int count) const
 {
     QStringList bodies;
-    for (const NotificationServer::Notice &notice : m_notices->notices()) {
-        if (notice.summary == summary)
-            bodies.append(notice.body);
-    }
+    (void)QTest::qWaitFor([&] {
+        bodies.clear();
+        for (const NotificationServer::Notice &notice : m_notices->notices()) {
+            if (notice.summary == summary)
+                bodies.append(notice.body);
+        }
+        return bodies.size() >= count;
+    }, twoTicksMs);
     return bodies;
 }
 
@@ -171,6 +165,23 @@ std::optional<QString> DesktopTest::xdotool(const QStringList &arguments)
     return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
 }
 
+QString DesktopTest::focusWindow(const QString &title)
+{
+    QString id;
+    (void)QTest::qWaitFor([&] {
+        return !(id = xdotool({"search", "--onlyvisible", "--name", title}).value_or(QString()).section(u'\n', 0, 0)).isEmpty();
+    }, 3000);
+    if (!id.isEmpty())
+        xdotool({"windowfocus", "--sync", id});
+    return id;
+}
+
+bool DesktopTest::quitAsks(const QString &title)
+{
+    return !focusWindow(title).isEmpty() && xdotool({"key", "ctrl+q"})
+        && !focusWindow(QStringLiteral("^Warning$")).isEmpty();
+}
+
 QRect DesktopTest::windowGeometry(const QString &window)
 {
     // X=, Y=, WIDTH=, HEIGHT= lines.
@@ -178,12 +189,4 @@ QRect DesktopTest::windowGeometry(const QString &window)
     for (const QString &line : xdotool({"getwindowgeometry", "--shell", window}).value_or(QString()).split(u'\n'))
         v[line.section(u'=', 0, 0)] = line.section(u'=', 1).toInt();
     return {v["X"], v["Y"], v["WIDTH"], v["HEIGHT"]};
-}
-
-bool DesktopTest::screenshot(const QRect &area, const QString &file)
-{
-    QProcess import;
-    import.start("import", {"-window", "root", "-crop",
-                            QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y()), "+repage", file});
-    return import.waitForFinished(waitMs) && import.exitStatus() == QProcess::NormalExit && import.exitCode() == 0;
 }

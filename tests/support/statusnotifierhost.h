@@ -2,7 +2,6 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
@@ -13,10 +12,9 @@
 #include <QTest>
 #include <QtEndian>
 
-// Plays the desktop's tray on the session bus, as the panel of a StatusNotifier desktop does: owns
-// org.kde.StatusNotifierWatcher, keeps the items that register (by service; Qt serves each at /StatusNotifierItem),
-// reads their tool tip and icon, and opens and clicks their menus through com.canonical.dbusmenu. Qt looks for the
-// watcher once, when a program makes its first tray icon: start this before the program.
+// The desktop's tray on the session bus: owns org.kde.StatusNotifierWatcher, keeps the items that register, reads
+// their tool tip and icon and clicks their menus through com.canonical.dbusmenu. Qt looks for the watcher once, at a
+// program's first tray icon: start this before the program.
 class StatusNotifierHost : public QObject
 {
     Q_OBJECT
@@ -35,15 +33,8 @@ public:
     }
     bool isHostRegistered() const { return true; }
 
-    // The item whose bus connection belongs to the process pid; empty when none.
-    QString itemOfProcess(qint64 pid) const
-    {
-        for (const QString &item : m_items) {
-            if (m_bus.interface()->servicePid(item).value() == pid)
-                return item;
-        }
-        return {};
-    }
+    // The service of the first item that registered; empty when none has.
+    QString firstItem() const { return m_items.value(0); }
     // (sa(iiay)ss): icon name, icon, title, text. Qt puts the tool tip in the title.
     QString toolTip(const QString &item) const
     {
@@ -75,11 +66,8 @@ public:
     bool clickMenuItem(const QString &item, const QString &shown) const
     {
         for (const auto &[id, entry] : menu(item)) {
-            if (label(entry) == shown && isSet(entry, "visible") && isSet(entry, "enabled")) {
-                const bool delivered = event(item, id, QStringLiteral("clicked"));
-                event(item, 0, QStringLiteral("closed"));
-                return delivered;
-            }
+            if (label(entry) == shown && isSet(entry, "visible") && isSet(entry, "enabled"))
+                return event(item, id, QStringLiteral("clicked")) && event(item, 0, QStringLiteral("closed"));
         }
         return false;
     }
@@ -90,8 +78,6 @@ public:
 public Q_SLOTS:
     void RegisterStatusNotifierItem(const QString &service)
     {
-        if (m_items.contains(service))
-            return;
         m_items.append(service);
         m_bus.connect(service, QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.kde.StatusNotifierItem"),
                       QStringLiteral("NewIcon"), this, SLOT(countNewIcon()));
@@ -101,8 +87,7 @@ private Q_SLOTS:
     void countNewIcon() { ++newIcons; }
 
 private:
-    // Runs the call with the event loop going, so that a program calling back into this process is answered.
-    // QtDBus ends a call with an error reply at its time-out.
+    // With the event loop going, so that a program calling back into this process is answered.
     QDBusMessage call(const QString &item, const QString &path, const QString &interface, const QString &method,
                       const QVariantList &arguments) const
     {
@@ -123,8 +108,8 @@ private:
         const QString path = qvariant_cast<QDBusObjectPath>(property(item, QStringLiteral("Menu"))).path();
         return call(item, path, QStringLiteral("com.canonical.dbusmenu"), method, arguments);
     }
-    // The top level as a host lays it out when it opens the menu, AboutToShow then GetLayout: each entry's
-    // id and properties in order. An entry is (ia{sv}av), its children variants of the same.
+    // The top level's ids and properties as a host lays it out on opening: AboutToShow then GetLayout.
+    // An entry is (ia{sv}av), its children variants of the same.
     QList<std::pair<int, QVariantMap>> menu(const QString &item) const
     {
         menuCall(item, QStringLiteral("AboutToShow"), {0});
@@ -151,10 +136,8 @@ private:
     }
     bool event(const QString &item, int id, const QString &name) const
     {
-        return menuCall(item, QStringLiteral("Event"),
-                        {id, name, QVariant::fromValue(QDBusVariant(0)), uint(QDateTime::currentSecsSinceEpoch())})
-                   .type()
-            == QDBusMessage::ReplyMessage;
+        const QVariantList arguments{id, name, QVariant::fromValue(QDBusVariant(0)), uint(QDateTime::currentSecsSinceEpoch())};
+        return menuCall(item, QStringLiteral("Event"), arguments).type() == QDBusMessage::ReplyMessage;
     }
     static bool isSet(const QVariantMap &entry, const char *flag)
     {
