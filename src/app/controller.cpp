@@ -18,6 +18,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QGuiApplication>
 
 
 namespace {
@@ -49,6 +50,20 @@ Controller::Controller(const PlatformServices &services, ApplicationRegistries &
                                 const QByteArray &selector) { return registerHotKey(keyCode, modifiers, selector); },
                          [this](const QByteArray &selector) { performSelector(selector); });
     gController = this;
+    // Hidden and suspended count as inactive: only entering or leaving the
+    // active state is told.
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        const bool active = state == Qt::ApplicationActive;
+        if (active == std::exchange(m_active, active))
+            return;
+        if (active) {
+            applicationWillBecomeActive();
+            applicationDidBecomeActive();
+        } else {
+            applicationWillResignActive();
+            applicationDidResignActive();
+        }
+    });
     connect(m_capture, &CaptureLoop::scrollBottomRequested, m_actions, &HistoryActions::scrollBottom);
     connect(m_capture, &CaptureLoop::autoSaveDue, this, &Controller::autoSave);
 }
@@ -279,4 +294,28 @@ void Controller::autoSave()
 void Controller::applicationWillTerminate()
 {
     m_documents->writeLastSavedDirectory();
+}
+
+void Controller::applicationWillBecomeActive()
+{
+    if (mWindowCtrl)
+        mWindowCtrl->willActive();
+}
+
+void Controller::applicationDidBecomeActive()
+{
+    if (mWindowCtrl)
+        mWindowCtrl->didActive();
+}
+
+void Controller::applicationWillResignActive()
+{
+    if (mWindowCtrl)
+        mWindowCtrl->willDeactive();
+}
+
+void Controller::applicationDidResignActive()
+{
+    if (mWindowCtrl)
+        mWindowCtrl->didDeactive();
 }

@@ -88,6 +88,12 @@ public:
     void autoSave();
     // applicationWillTerminate: — what the controller keeps across runs.
     void applicationWillTerminate();
+    // The program becoming the active one or ceasing to be: each reaches the
+    // window's controller.
+    void applicationWillBecomeActive();
+    void applicationDidBecomeActive();
+    void applicationWillResignActive();
+    void applicationDidResignActive();
 
     const PlatformServices &services() const { return m_services; }
     HistoryList &nsac() const { return *m_nsac; }
@@ -125,4 +131,5 @@ private:
     TickTimer *mTimer = nullptr;
     WindowCtrl *mWindowCtrl = nullptr;
     StatusItem *mpStatusMenuItem = nullptr;
+    bool m_active = true;
 };

@@ -31,7 +31,6 @@ WindowCtrl::WindowCtrl(MainWindow *window, QObject *parent)
 {
     myWindow->installEventFilter(this);
     m_contentView->installEventFilter(this);
-    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &WindowCtrl::applicationStateChanged);
     windowDidResize();
 }
 
@@ -80,23 +79,6 @@ void WindowCtrl::willActive()
 void WindowCtrl::willDeactive()
 {
     myWindow->setWindowOpacity(inactiveOpacity);
-}
-
-void WindowCtrl::applicationStateChanged(Qt::ApplicationState state)
-{
-    // Hidden and suspended follow inactive; only leaving or entering the
-    // active state changes anything.
-    const bool active = state == Qt::ApplicationActive;
-    if (active == m_active)
-        return;
-    m_active = active;
-    if (active) {
-        willActive();
-        didActive();
-    } else {
-        willDeactive();
-        didDeactive();
-    }
 }
 
 void WindowCtrl::compact()

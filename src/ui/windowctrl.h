@@ -78,7 +78,6 @@ protected:
 
 private:
     void showPreview(const Entry &entry);
-    void applicationStateChanged(Qt::ApplicationState state);
     QPropertyAnimation *fadeFor(QWidget *view);
 
     MainWindow *myWindow;
@@ -99,7 +98,6 @@ private:
     QWidget *m_typesColumn;
     QPropertyAnimation *m_imageFade;
     QPropertyAnimation *m_typeFade;
-    bool m_active = true;
     bool m_documentDirty = false;
     QString m_title;
 

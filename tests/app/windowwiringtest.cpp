@@ -70,4 +70,14 @@ TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTheMenuReachesTheCommands)
     EXPECT_EQ(controller.nsac().arrangedCount(), 1);
 }
 
+// The program's activation reaches the window through the controller: it dims while another program is active.
+TEST_F(WindowWiringTest, InactiveProgramDimsItsWindowUntilActiveAgain)
+{
+    for (const auto &[state, opacity] : {std::pair{Qt::ApplicationInactive, 0.8}, {Qt::ApplicationHidden, 0.8},
+                                         {Qt::ApplicationActive, 1.0}}) {
+        Q_EMIT qGuiApp->applicationStateChanged(state);
+        EXPECT_DOUBLE_EQ(window.windowOpacity(), opacity) << state;
+    }
+}
+
 } // namespace
