@@ -13,6 +13,7 @@
 #include "ui/menuitems.h"
 
 #include <QAction>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QListWidget>
 
