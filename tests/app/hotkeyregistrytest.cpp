@@ -11,19 +11,6 @@ namespace {
 constexpr quint32 keyF = 0x03, keyG = 0x05, key1 = 0x12;
 constexpr quint64 optionCommand = 0x180000;
 
-// Each modifier on its own; caps lock, numeric pad, function key and device bits are dropped.
-TEST(HotKeyRegistry, ModifiersReachTheDesktopAsCarbonModifiers)
-{
-    const std::pair<quint64, quint32> rows[] = {{0, 0}, {0x20000, 0x0200}, {0x40000, 0x1000}, {0x80000, 0x0800},
-                                                {0x100000, 0x0100}, {0x1A0000 | 0x10000 | 0x200000 | 0x800000 | 0xFF, 0x0B00}};
-    FakeHotKeys hotKeys;
-    HotKeyRegistry registry(hotKeys);
-    for (const auto &[cocoa, carbon] : rows) {
-        registry.registerHotKeyCode(keyF, cocoa, nullptr, nullptr);
-        EXPECT_EQ(hotKeys.grabs().constLast().modifiers, carbon) << std::hex << cocoa;
-    }
-}
-
 // A press starts the target's slot, unless the grab was refused, the target or slot is missing, or the key is gone.
 TEST(HotKeyRegistry, PressReachesOnlyARegisteredTargetAndSlot)
 {

@@ -32,7 +32,7 @@ protected:
     };
 };
 
-TEST_F(KeyCommandsTest, SeventeenCtrlAltKeysAreRegisteredInTheirOrderAndEverySelectorReachesItsCommand)
+TEST_F(KeyCommandsTest, SeventeenCtrlAltKeysAreRegisteredInTheirOrder)
 {
     keys.registerCommands(registrar);
     EXPECT_EQ(registrations.join(u' '),
@@ -41,13 +41,6 @@ TEST_F(KeyCommandsTest, SeventeenCtrlAltKeysAreRegisteredInTheirOrderAndEverySel
                              "19/180000/_keyEvent_2 20/180000/_keyEvent_3 21/180000/_keyEvent_4 23/180000/_keyEvent_5 "
                              "22/180000/_keyEvent_6 26/180000/_keyEvent_7 28/180000/_keyEvent_8 25/180000/_keyEvent_9 "
                              "29/180000/_keyEvent_0"));
-
-    // The desktop tests press the keys; the menu's digits reach the same command.
-    addTexts({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")});
-    EXPECT_TRUE(keys.perform("optcmd_2:"));
-    EXPECT_EQ(clipboardText(), QStringLiteral("a"));
-    for (const char *selector : {"OnFixed_0:", "OnFixed_10:", "optcmd_1", "_keyEvent_X", "_keyEvent_", "copy:"})
-        EXPECT_FALSE(keys.perform(selector)) << selector;
 }
 
 // The desktop tests press the digits over five rows and within a search; here the short lists and the side effects.

@@ -2,9 +2,6 @@
 
 #include <QSignalSpy>
 
-#include <new>
-#include <utility>
-
 namespace {
 
 const QString htmlType = QStringLiteral("public.html");
@@ -87,35 +84,6 @@ TEST_F(CaptureLoopTest, TypesFollowTheStateOrTheSelectionAndIdleTicksSendNothing
     recording.setAutomaticRec(true);
     tick();
     EXPECT_EQ(arranged(), (QStringList{QStringLiteral("first"), QStringLiteral("second"), address}));
-}
-
-struct ThrowingPasteboard : FakePasteboard
-{
-    QStringList types() const override
-    {
-        if (std::exchange(throwOnce, false))
-            throw std::bad_alloc();
-        return FakePasteboard::types();
-    }
-    mutable bool throwOnce = true;
-};
-
-TEST_F(CaptureLoopTest, ExceptionIsLoggedTheRestOfTheTickRunsAndTheCaptureIsRetried)
-{
-    ThrowingPasteboard throwing;
-    recording.setAutomaticRec(true);
-    CaptureLoop loop{nsac, document, throwing, registries, dock, notices, eventTimer, recording, &fetcher};
-    addEntry(QStringLiteral("older"));
-    throwing.setText(QStringLiteral("new"));
-    loop.MainTimer();
-    EXPECT_EQ(std::exchange(logged, {}), QStringList{QStringLiteral("default: exception catched")});
-    // The previews after the failed capture are skipped, the steps after the guard run.
-    EXPECT_EQ(nsac.arrangedObjects().first()->imageAttempts(), 0);
-    EXPECT_EQ(dock.badgeLabel(), QStringLiteral("1"));
-
-    loop.MainTimer();
-    EXPECT_EQ(arranged(), (QStringList{QStringLiteral("older"), QStringLiteral("new")}));
-    EXPECT_EQ(nsac.arrangedObjects().first()->imageAttempts(), 1); // one attempt per entry per tick
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "history/contents.h"
 #include "history/previewcache.h"
 #include "platform/fake/fakeimagefetcher.h"
-#include "platform/imagenamed.h"
 #include "support/entries.h"
 
 #include <QBuffer>
@@ -44,20 +43,6 @@ TEST(Contents, DisplayStringIsCutAfter140Utf16Units)
         decoded.setContent(text);
         entry.setContentUtf8(text.toUtf8());
         EXPECT_EQ((QStringList{decoded.content(), entry.content(), entry.contentOrig()}), (QStringList{shown, shown, text}));
-    }
-}
-
-// The desktop tests see a picture's, a link's and a text's kind; here which kind wins, and the unknown one.
-TEST(Contents, TypeIconFollowsPrecedence)
-{
-    const char *const icons[] = {"icontypes_image", "icontypes_url", "icontypes_text", "icontypes_unknown"};
-    const struct { QStringList types; QString text; int icon; } cases[] = {
-        {{stringType}, QStringLiteral("HTTP://EXAMPLE.ORG"), 2}, {{plainType}, QStringLiteral("http://example.org"), 3},
-        {{stringType, urlType}, QStringLiteral("plain"), 1}, {{stringType, tiffType}, QStringLiteral("http://x.org"), 0}};
-    for (const auto &c : cases) {
-        const Entry entry = makeEntry(c.types, c.text);
-        const QImage icon = ImageNamed::imageNamed(QString::fromLatin1(icons[c.icon]), QSize(32, 32));
-        EXPECT_EQ(entry->typeImage(), icon) << qPrintable(c.types.join(u' ') + u' ' + c.text);
     }
 }
 

@@ -24,11 +24,8 @@ protected:
 
     void addTexts(int count)
     {
-        for (int i = 0; i < count; ++i) {
-            const Entry entry = textEntry(QStringLiteral("entry %1").arg(i));
-            entry->setIndexCount(QString::number(i));
-            nsac.addObject(entry);
-        }
+        for (int i = 0; i < count; ++i)
+            nsac.addObject(textEntry(QStringLiteral("entry %1").arg(i)));
     }
 
     QPoint rowCenter(int row) const { return view.visualRect(nsac.index(row)).center(); }
