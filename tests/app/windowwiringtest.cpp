@@ -40,8 +40,7 @@ protected:
     MainWindow &window = wiring.mainWindow();
 };
 
-// The tick's reports reach the window and the menus reach their commands; a phrase-menu rebuild grabs no key twice.
-// (The program's own keys, table, search, Compact, tray and Quit are driven in the desktop tests.)
+// The tick's reports reach the window and the menus their commands; a phrase-menu rebuild grabs no key twice.
 TEST_F(WindowWiringTest, TickReportsReachTheWindowAndTheMenuReachesTheCommands)
 {
     HotKeyRegistry registry(hotKeys);

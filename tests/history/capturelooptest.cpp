@@ -86,4 +86,20 @@ TEST_F(CaptureLoopTest, TypesFollowTheStateOrTheSelectionAndIdleTicksSendNothing
     EXPECT_EQ(arranged(), (QStringList{QStringLiteral("first"), QStringLiteral("second"), address}));
 }
 
+TEST_F(CaptureLoopTest, ATickThatThrowsIsLoggedAndTheNextTickCapturesWhatItMissed)
+{
+    struct Throwing : FakePasteboard
+    {
+        QStringList types() const override { return std::exchange(once, false) ? throw std::bad_alloc() : FakePasteboard::types(); }
+        mutable bool once = true;
+    } throwing;
+    recording.setAutomaticRec(true);
+    CaptureLoop loop{nsac, document, throwing, registries, dock, notices, eventTimer, recording, &fetcher};
+    throwing.setText(QStringLiteral("new"));
+    loop.MainTimer();
+    EXPECT_EQ(std::exchange(logged, {}), QStringList{QStringLiteral("default: exception catched")});
+    loop.MainTimer();
+    EXPECT_EQ(arranged(), QStringList{QStringLiteral("new")});
+}
+
 } // namespace

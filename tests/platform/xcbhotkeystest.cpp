@@ -67,9 +67,8 @@ struct OtherClient
     std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t *)> connection{xcb_connect(nullptr, nullptr), xcb_disconnect};
 };
 
-// Ctrl+Alt+Z, +Y and +1 stay on the keys that type Z, Y and 1, which swap places in German and French; Russian
-// keeps the US places for letters. A combination held elsewhere, or taken a second time, is refused; with Num Lock
-// on a combination still fires, and an ungrab gives it back with its lock variants.
+// Ctrl+Alt+Z, +Y and +1 stay on the keys that type Z, Y and 1 in German and French; Russian keeps the US places.
+// A combination held elsewhere or twice is refused; Num Lock on still fires; an ungrab gives back the lock variants.
 TEST(XcbHotKeys, GrabsFollowTheLayoutFireWithNumLockAndAreRefusedWhileHeldElsewhere)
 {
     ASSERT_EQ(QGuiApplication::platformName(), "xcb") << "run under xvfb-run";

@@ -12,9 +12,8 @@
 #include <QTest>
 #include <QtEndian>
 
-// The desktop's tray on the session bus: owns org.kde.StatusNotifierWatcher, keeps the items that register, reads
-// their tool tip and icon and clicks their menus through com.canonical.dbusmenu. Qt looks for the watcher once, at a
-// program's first tray icon: start this before the program.
+// The desktop's tray on the session bus (org.kde.StatusNotifierWatcher): reads items' tool tips, icons and dbusmenus
+// and clicks them. Qt looks for the watcher once, at a program's first tray icon: start this before the program.
 class StatusNotifierHost : public QObject
 {
     Q_OBJECT
@@ -108,8 +107,7 @@ private:
         const QString path = qvariant_cast<QDBusObjectPath>(property(item, QStringLiteral("Menu"))).path();
         return call(item, path, QStringLiteral("com.canonical.dbusmenu"), method, arguments);
     }
-    // The top level's ids and properties as a host lays it out on opening: AboutToShow then GetLayout.
-    // An entry is (ia{sv}av), its children variants of the same.
+    // The top level's ids and properties, laid out as a host opens it (AboutToShow, GetLayout); entries are (ia{sv}av).
     QList<std::pair<int, QVariantMap>> menu(const QString &item) const
     {
         menuCall(item, QStringLiteral("AboutToShow"), {0});

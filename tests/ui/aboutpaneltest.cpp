@@ -9,8 +9,7 @@
 
 #include <gtest/gtest.h>
 
-// Only the second click of a double click opens the page: one click, a double, a triple, two doubles far apart in
-// time, a double far apart on screen, the other page's tag, a tag of no page.
+// Clicks: one, a double, a triple, two doubles far apart in time, a double far apart on screen, other tags.
 TEST(AboutPanel, TitleOpensItsPageOnTheSecondClickOfADoubleClickAndTheNameLineCarriesTheBuildWidth)
 {
     const struct { int tag; std::vector<std::pair<ulong, int>> presses; int opened; } rows[] = { // press time (ms), x

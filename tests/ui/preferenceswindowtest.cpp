@@ -35,7 +35,6 @@ protected:
     PreferencesWindow window{registries};
 };
 
-// The desktop tests store the defaults a fresh user is shown with OK; here every control is flipped and applied.
 TEST_F(PreferencesWindowTest, applyWritesEveryControlAndCancelAfterItUndoesNothing)
 {
     QSignalSpy rebuilds(&window, &PreferencesWindow::phraseMenuRebuildDue);
