@@ -46,9 +46,7 @@ Controller::Controller(const PlatformServices &services, ApplicationRegistries &
                                      services.pasteboard, *m_phrases},
                                     this))
 {
-    m_phrases->setTarget([this](quint32 keyCode, quint64 modifiers,
-                                const QByteArray &selector) { return registerHotKey(keyCode, modifiers, selector); },
-                         [this](const QByteArray &selector) { performSelector(selector); });
+    m_phrases->setTarget(hotKeyRegistrar(), [this](const QByteArray &selector) { performSelector(selector); });
     gController = this;
     // Hidden and suspended count as inactive: only entering or leaving the
     // active state is told.
@@ -104,10 +102,7 @@ void Controller::applicationDidFinishLaunching()
     mTimer = new TickTimer(
         m_services.clock, [this] { MainTimer(); }, [this] { return m_notices->lastSentAt(); }, this);
     mTimer->start();
-    m_keyCommands->registerCommands(
-        [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
-            return registerHotKey(keyCode, modifiers, selector);
-        });
+    m_keyCommands->registerCommands(hotKeyRegistrar());
     m_notices->setUp();
     m_documents->readLastSavedDirectory();
     setupFixedPhraseMenu();
@@ -124,6 +119,13 @@ quintptr Controller::registerHotKey(quint32 keyCode, quint64 cocoaModifiers, con
         return m_registrar(keyCode, cocoaModifiers, selector);
     auto *app = qobject_cast<HotKeyApplication *>(QCoreApplication::instance());
     return app ? app->registerHotKeyCode(keyCode, cocoaModifiers, this, selector.constData()) : 0;
+}
+
+HotKeyRegistrar Controller::hotKeyRegistrar()
+{
+    return [this](quint32 keyCode, quint64 modifiers, const QByteArray &selector) {
+        return registerHotKey(keyCode, modifiers, selector);
+    };
 }
 
 void Controller::setupFixedPhraseMenu()

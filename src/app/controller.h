@@ -115,6 +115,9 @@ public:
     void setStatusItem(StatusItem *statusItem) { mpStatusMenuItem = statusItem; }
 
 private:
+    // registerHotKey() as the commands take it.
+    HotKeyRegistrar hotKeyRegistrar();
+
     PlatformServices m_services;
     ApplicationRegistries &m_registries;
     HistoryList *m_nsac;

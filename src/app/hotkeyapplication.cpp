@@ -3,7 +3,7 @@
 #include "app/controller.h"
 #include "app/desktopplatform.h"
 #include "app/hotkeyregistry.h"
-#include "history/captureloop.h"
+#include "history/tickpause.h"
 #include "platform/panels.h"
 #include "platform/userdefaults.h"
 #include "settings/applicationregistries.h"
@@ -76,15 +76,13 @@ bool HotKeyApplication::mayQuit()
     if (m_asking)
         return false;
     m_asking = true;
-    // The alert is modal, and the tick must not run under it.
-    CaptureLoop &capture = m_delegate->capture();
-    const bool wasPaused = capture.isPaused();
-    capture.setPaused(true);
-    const Panels::AlertReturn answer = m_platform->services().panels.runAlert(
-        QStringLiteral("Warning"), QStringLiteral("Not saved Contents exist"),
-        QStringLiteral("Table is not empty, and not saved. Do you want to save?"), QStringLiteral("Save"),
-        QStringLiteral("Cancel"), QStringLiteral("Quit"));
-    capture.setPaused(wasPaused);
+    const Panels::AlertReturn answer = [this] {
+        const TickPause pause(m_delegate->capture());
+        return m_platform->services().panels.runAlert(
+            QStringLiteral("Warning"), QStringLiteral("Not saved Contents exist"),
+            QStringLiteral("Table is not empty, and not saved. Do you want to save?"), QStringLiteral("Save"),
+            QStringLiteral("Cancel"), QStringLiteral("Quit"));
+    }();
     m_asking = false;
     // Quit another way (SIGTERM) while the alert was up: that quit is done.
     if (m_terminated || answer == Panels::AlertReturn::Alternate)

@@ -6,6 +6,7 @@
 #include "history/captureloop.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
+#include "history/tickpause.h"
 #include "recording/recordingswitch.h"
 #include "ui/aboutpanel.h"
 #include "ui/customtableview.h"
@@ -159,13 +160,9 @@ void WindowWiring::showPreferences(QObject *sender)
         m_prefWindow->orderFront(sender); // only raised: its modal run goes on
         return;
     }
-    // Qt's modal loop goes on firing the tick's timer; the tick stands still
-    // until OK or Cancel.
-    CaptureLoop &capture = m_controller.capture();
-    const bool wasPaused = capture.isPaused();
-    capture.setPaused(true);
+    // The tick stands still until OK or Cancel.
+    const TickPause pause(m_controller.capture());
     m_prefWindow->orderFront(sender);
-    capture.setPaused(wasPaused);
 }
 
 void WindowWiring::showTypes(const QStringList &types)

@@ -9,8 +9,6 @@
 #include "recording/notices.h"
 #include "recording/recordingswitch.h"
 
-#include <QScopeGuard>
-
 namespace {
 
 struct LetterCommand
@@ -117,10 +115,7 @@ void KeyCommands::_keyEvent_G()
 
 void KeyCommands::_keyEvent_E()
 {
-    // A manual capture records even the program's own writes (a phrase, the date).
-    m_services.capture.setManualAdd(true);
-    const auto endManualAdd = qScopeGuard([this] { m_services.capture.setManualAdd(false); });
-    m_services.capture.addPasteboard();
+    m_services.actions.manualCapture();
 }
 
 void KeyCommands::_keyEvent_A()

@@ -5,6 +5,7 @@
 #include "history/documentstate.h"
 #include "history/historyactions.h"
 #include "history/historylist.h"
+#include "history/tickpause.h"
 #include "platform/panels.h"
 #include "platform/userdefaults.h"
 #include "recording/notices.h"
@@ -34,27 +35,6 @@ QString documentsFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
-
-// The panels and the alert are modal, and Qt's modal loops go on firing the
-// tick's timer: the tick must not run inside them, or an auto-save could write
-// the file a Save As panel is about to replace.
-class TickPause
-{
-public:
-    explicit TickPause(CaptureLoop &capture)
-        : m_capture(capture)
-        , m_wasPaused(capture.isPaused())
-    {
-        m_capture.setPaused(true);
-    }
-    ~TickPause() { m_capture.setPaused(m_wasPaused); }
-    TickPause(const TickPause &) = delete;
-    TickPause &operator=(const TickPause &) = delete;
-
-private:
-    CaptureLoop &m_capture;
-    bool m_wasPaused;
-};
 
 } // namespace
 

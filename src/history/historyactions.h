@@ -36,6 +36,9 @@ public:
     void cut();
     void paste();
     void stock();
+    // Captures the clipboard as it is, even the program's own writes (a
+    // phrase, the date) that the tick passes by.
+    void manualCapture();
     void removeObject();
     void removeAllObject();
     void onDoubleClickTable();
@@ -51,8 +54,6 @@ Q_SIGNALS:
     void statusStringChanged(const QString &status);
 
 private:
-    void manualCapture();
-
     HistoryList &m_nsac;
     const DocumentState &m_document;
     Pasteboard &m_pasteboard;
